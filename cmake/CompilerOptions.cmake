@@ -1,0 +1,38 @@
+# What every target of the project is compiled with. Targets take it by linking vq3900_compiler_options.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+add_library(vq3900_compiler_options INTERFACE)
+
+# Floating point is part of the device contract: one rounding per operation, never a fused multiply-add.
+target_compile_options(vq3900_compiler_options INTERFACE -ffp-contract=off)
+
+set(vq3900_warnings -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion
+                    -Wfloat-conversion -Wcast-align -Wformat=2 -Wundef)
+target_compile_options(
+  vq3900_compiler_options
+  INTERFACE ${vq3900_warnings}
+            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
+            $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
+if(VQ3900_WARNINGS_AS_ERRORS)
+  target_compile_options(vq3900_compiler_options INTERFACE -Werror)
+endif()
+
+if(VQ3900_SANITIZE)
+  set(vq3900_sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(vq3900_compiler_options INTERFACE ${vq3900_sanitizers})
+  target_link_options(vq3900_compiler_options INTERFACE ${vq3900_sanitizers})
+endif()
+
+if(VQ3900_COVERAGE)
+  target_compile_options(vq3900_compiler_options INTERFACE --coverage -O0)
+  target_link_options(vq3900_compiler_options INTERFACE --coverage)
+endif()

@@ -1,0 +1,182 @@
+// A register block as data: one row for each field, walked in both directions.
+//
+// A row names the record member, the register element and mask that hold it, and how it is coded. Rows that only one
+// direction knows say so. Registers are named by address and resolved to the table's element at compile time.
+#ifndef VQ3900_MODULES_REGISTER_FIELD_H
+#define VQ3900_MODULES_REGISTER_FIELD_H
+
+#include "vq3900_depth_engine.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+#include "modules/fixed_point.h"
+#include "state/member_path.h"
+#include "state/register_tables.h"
+
+namespace vq3900 {
+
+enum class Coding : std::uint8_t {
+  kInteger,        // the low bits of an integer
+  kFixed,          // fixed point, decoded as two's complement
+  kFixedUnsigned,  // fixed point, decoded as unsigned
+};
+
+template <typename Record>
+struct Field {
+  const char* name;  // of the record member, or of what a constant stands for
+  std::uint8_t element;
+  std::uint32_t mask;
+  Coding coding;
+  FixedFormat format;
+  double (*load)(const Record&);         // null: never written to the register
+  void (*store)(Record&, double value);  // null: never read back
+};
+
+// The index of a register in its table. A register that is not there fails the build.
+template <std::size_t Count>
+consteval std::uint8_t element_at(const RegisterTable<Count>& table, std::uint32_t address) {
+  for (std::size_t i = 0; i < Count; ++i) {
+    if (table[i].address == address) return static_cast<std::uint8_t>(i);
+  }
+  throw "the table has no register of this address";
+}
+
+namespace detail {
+
+template <auto... Path>
+double load(const RecordOf<Path...>& record) {
+  return static_cast<double>(walk<Path...>(record));
+}
+
+// Every 32-bit integer passes through a double unchanged.
+template <auto... Path>
+void store(RecordOf<Path...>& record, double value) {
+  auto& member = walk<Path...>(record);
+  using Member = std::remove_reference_t<decltype(member)>;
+  if constexpr (std::is_floating_point_v<Member>) {
+    member = static_cast<Member>(value);
+  } else {
+    member = static_cast<Member>(to_integer(value));
+  }
+}
+
+}  // namespace detail
+
+// An integer member, both ways.
+template <auto... Path>
+constexpr Field<RecordOf<Path...>> integer(const char* name, std::uint8_t element, std::uint32_t mask) {
+  return {name, element, mask, Coding::kInteger, {}, detail::load<Path...>, detail::store<Path...>};
+}
+
+// A real member in fixed point, both ways.
+template <auto... Path>
+constexpr Field<RecordOf<Path...>> fixed(const char* name, std::uint8_t element, std::uint32_t mask, FixedFormat format,
+                                         Coding coding = Coding::kFixed) {
+  return {name, element, mask, coding, format, detail::load<Path...>, detail::store<Path...>};
+}
+
+// Bits that always take the same value; never read back.
+template <typename Record, std::uint32_t Value>
+constexpr Field<Record> constant(const char* name, std::uint8_t element, std::uint32_t mask) {
+  return {name, element, mask, Coding::kInteger, {}, [](const Record&) { return double{Value}; }, nullptr};
+}
+
+// Bits computed from the record; never read back.
+template <typename Record>
+constexpr Field<Record> derived(const char* name, std::uint8_t element, std::uint32_t mask,
+                                double (*load)(const Record&)) {
+  return {name, element, mask, Coding::kInteger, {}, load, nullptr};
+}
+
+template <typename Record>
+constexpr Field<Record> write_only(Field<Record> field) {
+  field.store = nullptr;
+  return field;
+}
+
+template <typename Record>
+constexpr Field<Record> read_only(Field<Record> field) {
+  field.load = nullptr;
+  return field;
+}
+
+// The field's bits for the record: what goes under the mask, or kOverflowed after telling the handler.
+template <typename Record>
+std::uint32_t encode_bits(const Field<Record>& field, const Record& record, OverflowHandler on_overflow) {
+  const double value = field.load(record);
+  if (field.coding == Coding::kInteger) return static_cast<std::uint32_t>(to_integer(value));
+  return encode_fixed(value, field.format, on_overflow);
+}
+
+// Writes every field in the order of the rows. An overflow is told to the handler and written as all ones.
+template <typename Record, std::size_t Count>
+void encode_fields(const std::array<Field<Record>, Count>& fields, const Record& record,
+                   std::span<DeRegElement_S> table, OverflowHandler on_overflow) {
+  for (const Field<Record>& field : fields) {
+    if (field.load == nullptr) continue;
+    std::uint32_t& value = table[field.element].value;
+    value = set_reg_field(encode_bits(field, record, on_overflow), value, field.mask);
+  }
+}
+
+// The same up to the first overflow, which is not written. False: an overflow.
+template <typename Record, std::size_t Count>
+bool encode_fields_until_overflow(const std::array<Field<Record>, Count>& fields, const Record& record,
+                                  std::span<DeRegElement_S> table, OverflowHandler on_overflow) {
+  for (const Field<Record>& field : fields) {
+    if (field.load == nullptr) continue;
+    const std::uint32_t bits = encode_bits(field, record, on_overflow);
+    if (field.coding != Coding::kInteger && bits == kOverflowed) return false;
+    std::uint32_t& value = table[field.element].value;
+    value = set_reg_field(bits, value, field.mask);
+  }
+  return true;
+}
+
+// What a field's bits stand for.
+template <typename Record>
+double decode_bits(const Field<Record>& field, std::uint32_t register_value) {
+  const std::uint32_t bits = get_reg_field(register_value, field.mask);
+  switch (field.coding) {
+    case Coding::kFixed:
+      return decode_signed(bits, field.format.width, field.format.frac_bits);
+    case Coding::kFixedUnsigned:
+      return decode_unsigned(bits, field.format.frac_bits);
+    case Coding::kInteger:
+      break;
+  }
+  return bits;
+}
+
+template <typename Record, std::size_t Count>
+void decode_fields(const std::array<Field<Record>, Count>& fields, std::span<const DeRegElement_S> table,
+                   Record& record) {
+  for (const Field<Record>& field : fields) {
+    if (field.store != nullptr) field.store(record, decode_bits(field, table[field.element].value));
+  }
+}
+
+// Checked at compile time for every block: masks are contiguous, written fields lie under their element's mask and do
+// not overlap.
+template <typename Record, std::size_t Count, std::size_t Elements>
+consteval bool well_formed(const std::array<Field<Record>, Count>& fields, const RegisterTable<Elements>& table) {
+  std::array<std::uint32_t, Elements> written{};
+  for (const Field<Record>& field : fields) {
+    const std::uint64_t run = field.mask >> std::countr_zero(field.mask);
+    if (field.mask == 0 || (run & (run + 1)) != 0) return false;
+    if (field.element >= Elements) return false;
+    if (field.load == nullptr) continue;
+    if ((field.mask & ~table[field.element].mask) != 0) return false;
+    if ((field.mask & written[field.element]) != 0) return false;
+    written[field.element] |= field.mask;
+  }
+  return true;
+}
+
+}  // namespace vq3900
+
+#endif

@@ -1,0 +1,15 @@
+// The library's two print routines. Every message goes out in one call, carries its own line end and is not flushed.
+#ifndef VQ3900_PLATFORM_DIAGNOSTICS_H
+#define VQ3900_PLATFORM_DIAGNOSTICS_H
+
+namespace vq3900 {
+
+// Prints to standard output: files, flash images, overflows, progress.
+[[gnu::format(printf, 1, 2)]] void print_out(const char* format, ...);
+
+// Prints to standard error: table bounds and refused input.
+[[gnu::format(printf, 1, 2)]] void print_err(const char* format, ...);
+
+}  // namespace vq3900
+
+#endif

@@ -1,0 +1,34 @@
+// Everything that the library remembers.
+#ifndef VQ3900_STATE_ENGINE_H
+#define VQ3900_STATE_ENGINE_H
+
+#include "state/access_state.h"
+#include "state/block_state.h"
+#include "state/de_input_state.h"
+#include "state/rectify_state.h"
+#include "state/register_tables.h"
+
+namespace vq3900 {
+
+struct Engine {
+  AccessState access;
+  RegisterTables registers;
+
+  DeBasicParams_S basic{};
+  D2cState d2c;
+  D2dConfig d2d{};
+  DeDispCalcParams_S disparity{};
+  PrefilterState prefilter;
+  ExtendChopState extend_chop;
+  GpmState gpm;
+  RectifyState rectify;
+
+  DeInputConfig input;
+};
+
+// The state that the calling thread works on: today that of the process.
+Engine& engine();
+
+}  // namespace vq3900
+
+#endif

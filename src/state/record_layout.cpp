@@ -1,0 +1,61 @@
+// The layout of the public records is part of the interface: sizes and the offsets that files and callers rely on.
+#include "vq3900_depth_engine.h"
+
+#include <cstddef>
+#include <type_traits>
+
+static_assert(sizeof(DeRegElement_S) == 12 && offsetof(DeRegElement_S, mask) == 4 &&
+              offsetof(DeRegElement_S, value) == 8);
+
+static_assert(sizeof(DeBasicParams_S) == 44);
+static_assert(offsetof(DeBasicParams_S, cam_mode) == 8 && offsetof(DeBasicParams_S, depth_mode) == 12 &&
+              offsetof(DeBasicParams_S, ref_plane_dist) == 16 && offsetof(DeBasicParams_S, upsample_enable) == 20 &&
+              offsetof(DeBasicParams_S, pbf) == 24 && offsetof(DeBasicParams_S, upsample_aux_en) == 28 &&
+              offsetof(DeBasicParams_S, upsample_main_en) == 29 && offsetof(DeBasicParams_S, scale_mode) == 32 &&
+              offsetof(DeBasicParams_S, in_ir_width) == 36 && offsetof(DeBasicParams_S, in_ir_height) == 38 &&
+              offsetof(DeBasicParams_S, sbg2r_rotate) == 40);
+
+static_assert(sizeof(DePrefilterParams_S) == 2);
+static_assert(sizeof(DeExtendChopParams_S) == 48 && offsetof(DeExtendChopParams_S, chop) == 16 &&
+              offsetof(DeExtendChopParams_S, extend_tar) == 32);
+
+static_assert(sizeof(DeDispCalcParams_S) == 152);
+static_assert(offsetof(DeDispCalcParams_S, cost_strong_t) == 8 && offsetof(DeDispCalcParams_S, shadow_en) == 32 &&
+              offsetof(DeDispCalcParams_S, shadow_win_size) == 36 && offsetof(DeDispCalcParams_S, arm_len) == 64 &&
+              offsetof(DeDispCalcParams_S, tile_width) == 76 && offsetof(DeDispCalcParams_S, lrc_en) == 92 &&
+              offsetof(DeDispCalcParams_S, max_see_num) == 100 && offsetof(DeDispCalcParams_S, smooth_enable) == 112 &&
+              offsetof(DeDispCalcParams_S, sp_coef) == 120);
+static_assert(sizeof(DeGrowMatchParams_S) == 24);
+static_assert(sizeof(DeShadowCheckParams_S) == 32 && offsetof(DeShadowCheckParams_S, shadow_win_size) == 4);
+static_assert(sizeof(DeArmShortParams_S) == 12);
+static_assert(sizeof(DeTileParams_S) == 16);
+static_assert(sizeof(DeSeedParams_S) == 12);
+static_assert(sizeof(DeLrcParams_S) == 8);
+static_assert(sizeof(DeSmoothFilterParams_S) == 3);
+
+static_assert(sizeof(DeGpmParams_S) == 216);
+static_assert(offsetof(DeGpmParams_S, x_coordinate) == 4 && offsetof(DeGpmParams_S, y_coordinate) == 68 &&
+              offsetof(DeGpmParams_S, enable_bits_per_row) == 132 && offsetof(DeGpmParams_S, gp_enabled_cols) == 164 &&
+              offsetof(DeGpmParams_S, gp_col_enabled) == 165 && offsetof(DeGpmParams_S, texture_t0) == 184 &&
+              offsetof(DeGpmParams_S, hist_dy_dist) == 200 && offsetof(DeGpmParams_S, gp_ref_dy_t) == 208 &&
+              offsetof(DeGpmParams_S, gpm_config_flag) == 212);
+static_assert(sizeof(DeGpmConfig_S) == 28);
+static_assert(sizeof(DeGpStatusParams_S) == 3128 && offsetof(DeGpStatusParams_S, triple) == 20 &&
+              offsetof(DeGpStatusParams_S, point) == 56);
+
+static_assert(sizeof(D2cConfig) == 32 && offsetof(D2cConfig, d2c_recovery_expand_width) == 12 &&
+              offsetof(D2cConfig, depth_sign) == 24);
+static_assert(sizeof(D2dConfig) == 3);
+static_assert(sizeof(DeCameraIntrinsic_S) == 20 && offsetof(DeCameraIntrinsic_S, width) == 16);
+static_assert(sizeof(DeExtrinsic_S) == 48);
+static_assert(sizeof(DeRectifyParams_S) == 44 && offsetof(DeRectifyParams_S, cam0) == 4 &&
+              offsetof(DeRectifyParams_S, cam1) == 24);
+static_assert(sizeof(DeRectifyCtrlParams_S) == 12 && offsetof(DeRectifyCtrlParams_S, sbg_en) == 2 &&
+              offsetof(DeRectifyCtrlParams_S, start_rows) == 8);
+
+static_assert(sizeof(dpu_mode) == 32 && offsetof(dpu_mode, laser_type) == 16 && offsetof(dpu_mode, in_ir_res) == 20 &&
+              offsetof(dpu_mode, rectify_out_valid_res) == 24 && offsetof(dpu_mode, chop_out_res) == 28);
+static_assert(sizeof(dpu_scheme_config) == 24 && offsetof(dpu_scheme_config, scheme_flags) == 12 &&
+              offsetof(dpu_scheme_config, reserved) == 16);
+
+static_assert(std::is_trivially_copyable_v<DeDispCalcParams_S> && std::is_standard_layout_v<DeDispCalcParams_S>);

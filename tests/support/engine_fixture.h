@@ -1,0 +1,31 @@
+// Every test case starts from the state that the library has when it is loaded.
+#ifndef VQ3900_TESTS_SUPPORT_ENGINE_FIXTURE_H
+#define VQ3900_TESTS_SUPPORT_ENGINE_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "state/engine.h"
+
+namespace vq3900::test {
+
+// Puts the state back as it is at load, padding included.
+inline void reset_engine() {
+  Engine& state = engine();
+  std::destroy_at(&state);
+  std::memset(static_cast<void*>(&state), 0, sizeof state);
+  new (&state) Engine{};
+}
+
+class EngineTest : public testing::Test {
+ protected:
+  EngineTest() { reset_engine(); }
+  ~EngineTest() override { reset_engine(); }
+};
+
+}  // namespace vq3900::test
+
+#endif
