@@ -20,7 +20,7 @@ set(vq3900_warnings -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wsh
 target_compile_options(
   vq3900_compiler_options
   INTERFACE ${vq3900_warnings}
-            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
+            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wmissing-declarations -Wnon-virtual-dtor -Woverloaded-virtual>
             $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>)
 if(VQ3900_WARNINGS_AS_ERRORS)
   target_compile_options(vq3900_compiler_options INTERFACE -Werror)

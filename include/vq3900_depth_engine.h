@@ -430,9 +430,8 @@ typedef struct dpu_scheme_config {
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 5 (::VQ3900_BASIC_CTRL_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 5 (prints "reg_num > inner_basic_reg_table_size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 5, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_basic_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_basic_d2c_d2d_ctrl_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -443,8 +442,9 @@ VQ3900_API int32_t de_copy_basic_d2c_d2d_ctrl_register_table(DeRegElement_S* dst
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 5.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 5 (prints "reg_num > inner_basic_d2c_d2d_ctrl_reg_table_size! \n" to standard error;
- * nothing is stored); an element's address is not the table's (see above); or @p src is null and @p count is not 0.
+ * @retval -2 An element's address is not the table's (see above); @p count is above 5, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_basic_d2c_d2d_ctrl_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_basic_d2c_d2d_ctrl_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -455,9 +455,8 @@ VQ3900_API int32_t de_update_basic_d2c_d2d_ctrl_register_table(const DeRegElemen
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 2 (::VQ3900_D2D_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 2 (prints "reg_num > inner_basic_reg_table_size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 2, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_basic_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_d2d_params_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -466,8 +465,9 @@ VQ3900_API int32_t de_copy_d2d_params_register_table(DeRegElement_S* dst, uint8_
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 2.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 2 (prints "reg_num > inner_basic_params_reg_table_size! \n" to standard error; nothing
- * is stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 2, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_basic_params_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_d2d_params_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -476,9 +476,8 @@ VQ3900_API int32_t de_update_d2d_params_register_table(const DeRegElement_S* src
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 12 (::VQ3900_D2C_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 12 (prints "reg_num > inner_d2c_reg_table_size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 12, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_d2c_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_d2c_params_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -487,9 +486,9 @@ VQ3900_API int32_t de_copy_d2c_params_register_table(DeRegElement_S* dst, uint8_
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 12.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 12 (prints "reg_num > inner_d2c_reg_table_size! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 12, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_d2c_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_d2c_params_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -498,9 +497,8 @@ VQ3900_API int32_t de_update_d2c_params_register_table(const DeRegElement_S* src
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 18 (::VQ3900_PREFILTER_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 18 (prints "reg_num > inner_pref_reg_table size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 18, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_pref_reg_table size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_prefilter_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -509,9 +507,9 @@ VQ3900_API int32_t de_copy_prefilter_register_table(DeRegElement_S* dst, uint8_t
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 18.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 18 (prints "reg_num > inner_pref_reg_table! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 18, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_pref_reg_table! \n" to standard error.
  */
 VQ3900_API int32_t de_update_prefilter_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -520,9 +518,8 @@ VQ3900_API int32_t de_update_prefilter_register_table(const DeRegElement_S* src,
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 7 (::VQ3900_EXTEND_CHOP_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 7 (prints "reg_num > EXTAND_CHOP_REG_TABLE_SIZE! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 7, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > EXTAND_CHOP_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_extend_chop_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -531,9 +528,9 @@ VQ3900_API int32_t de_copy_extend_chop_register_table(DeRegElement_S* dst, uint8
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 7.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 7 (prints "reg_num > EXTAND_CHOP_REG_TABLE_SIZE! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 7, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > EXTAND_CHOP_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_update_extend_chop_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -542,9 +539,8 @@ VQ3900_API int32_t de_update_extend_chop_register_table(const DeRegElement_S* sr
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 12 (::VQ3900_DISP_CALC_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 12 (prints "reg_num > DISP_CALC_REG_TABLE_SIZE! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 12, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > DISP_CALC_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_disp_calc_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -553,9 +549,9 @@ VQ3900_API int32_t de_copy_disp_calc_register_table(DeRegElement_S* dst, uint8_t
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 12.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 12 (prints "reg_num > DISP_CALC_REG_TABLE_SIZE! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 12, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > DISP_CALC_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_update_disp_calc_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -566,9 +562,8 @@ VQ3900_API int32_t de_update_disp_calc_register_table(const DeRegElement_S* src,
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 30 (::VQ3900_GPM_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 30 (prints "reg_num > inner_gpm_reg_table_size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 30, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_gpm_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_gpm_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -577,9 +572,9 @@ VQ3900_API int32_t de_copy_gpm_register_table(DeRegElement_S* dst, uint8_t count
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 30.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 30 (prints "reg_num > inner_gpm_reg_table_size! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 30, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_gpm_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_gpm_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -588,9 +583,8 @@ VQ3900_API int32_t de_update_gpm_register_table(const DeRegElement_S* src, uint8
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 261 (::VQ3900_GP_STATUS_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 261 (prints "reg_num > inner_gp_status_reg_table! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 261, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_gp_status_reg_table! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_gp_status_register_table(DeRegElement_S* dst, uint16_t count);
 
@@ -613,9 +607,8 @@ VQ3900_API int32_t de_update_gp_status_register_table(const DeRegElement_S* src,
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 3 (::VQ3900_RECTIFY_CTRL_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 3 (prints "reg_num > inner_rectify_ctrl_reg_table_size! \n" to standard error), or @p
- * dst is null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 3, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_rectify_ctrl_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_rectify_ctrl_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -624,8 +617,9 @@ VQ3900_API int32_t de_copy_rectify_ctrl_register_table(DeRegElement_S* dst, uint
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 3.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 3 (prints "reg_num > inner_rectify_ctrl_reg_table_size! \n" to standard error; nothing
- * is stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 3, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_rectify_ctrl_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_rectify_ctrl_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -634,9 +628,8 @@ VQ3900_API int32_t de_update_rectify_ctrl_register_table(const DeRegElement_S* s
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 23 (::VQ3900_RECTIFY_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 23 (prints "reg_num > inner_rectify_reg_table_size! \n" to standard error), or @p dst is
- * null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 23, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_rectify_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_rectify_params_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -645,9 +638,9 @@ VQ3900_API int32_t de_copy_rectify_params_register_table(DeRegElement_S* dst, ui
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 23.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 23 (prints "reg_num > inner_rectify_reg_table_size! \n" to standard error; nothing is
- *            stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is
- * not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 23, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > inner_rectify_reg_table_size! \n" to standard error.
  */
 VQ3900_API int32_t de_update_rectify_params_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -656,9 +649,8 @@ VQ3900_API int32_t de_update_rectify_params_register_table(const DeRegElement_S*
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 23 (::VQ3900_RECTIFY_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 23 (prints "reg_num > SBG_ROTATE_RECT_LUT_REG_TABLE_SIZE! \n" to standard error), or @p
- * dst is null and
- *            @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 23, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > SBG_ROTATE_RECT_LUT_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_sbg2r_params_register_table(DeRegElement_S* dst, uint8_t count);
 
@@ -667,8 +659,9 @@ VQ3900_API int32_t de_copy_sbg2r_params_register_table(DeRegElement_S* dst, uint
  * @param[in] src @p count elements, the table's own in its order, with new values.
  * @param count Elements to merge, 0 to 23.
  * @retval 0 All values are stored.
- * @retval -2 @p count is above 23 (prints "reg_num > SBG_ROTATE_RECT_LUT_REG_TABLE_SIZE! \n" to standard error; nothing
- * is stored); an element's address or mask is not the table's (see above); or @p src is null and @p count is not 0.
+ * @retval -2 An element's address or mask is not the table's (see above); @p count is above 23, or @p src is null and
+ *            @p count is not 0: then nothing is stored. Too large a count prints
+ *            "reg_num > SBG_ROTATE_RECT_LUT_REG_TABLE_SIZE! \n" to standard error.
  */
 VQ3900_API int32_t de_update_sbg2r_params_register_table(const DeRegElement_S* src, uint8_t count);
 
@@ -678,12 +671,13 @@ VQ3900_API int32_t de_update_sbg2r_params_register_table(const DeRegElement_S* s
  * @param[out] dst Receives @p count elements.
  * @param count Elements to copy, 0 to 7 (::VQ3900_RECTIFY_LUT_INFO_REGISTERS).
  * @retval 0 Copied.
- * @retval -2 @p count is above 7 (prints "reg_num > inner_sbg2r_lut_reg_table size! \n" to standard error), or @p dst
- *            is null and @p count is not 0. Nothing is copied.
+ * @retval -2 @p count is above 7, or @p dst is null and @p count is not 0; nothing is copied. The former prints
+ *            "reg_num > inner_sbg2r_lut_reg_table size! \n" to standard error.
  */
 VQ3900_API int32_t de_copy_rectify_lut_info_register_table(int32_t camera_id, DeRegElement_S* dst, uint8_t count);
 
 /** @} */
+
 /**
  * @defgroup frame Register callbacks, errors and versions
  *
@@ -771,12 +765,12 @@ VQ3900_API int32_t get_disto_lut_version(char* buffer);
  * Each set entry point stores the caller's record, converts it into register values and hands the tables to the write
  * callback, one call a table. All of them share these codes:
  *
- * | code | cause | left behind |
- * |---|---|---|
- * | 0 | everything was written | |
- * | -1 | no write callback | nothing changed; de_get_error_str() "the read and write register function have not been
- * set!" | | -2 | a null pointer | nothing changed | | -3 | the write callback failed | records and register tables are
- * as converted, tables already written stay written; de_get_error_str() "write register failed!" |
+ * - 0: everything was written.
+ * - -1: no write callback. Nothing changed; de_get_error_str() answers "the read and write register function have not
+ *   been set!".
+ * - -2: a null pointer. Nothing changed.
+ * - -3: the write callback failed. Records and register tables are as converted, tables already written stay written;
+ *   de_get_error_str() answers "write register failed!".
  *
  * Codes of a single entry point stand with it.
  *
@@ -876,14 +870,15 @@ VQ3900_API int32_t de_set_rectify_params_to_registers(const DeRectifyParams_S* p
  * Each get entry point hands the block's tables to the read callback, merges what was read into the library's tables,
  * converts it to the record and copies the record out. All of them share these codes:
  *
- * | code | cause | left behind |
- * |---|---|---|
- * | 0 | the record was copied out | |
- * | -1 | no read callback | nothing changed; de_get_error_str() "the read and write register function have not been
- * set!" | | -2 | a null pointer; or the callback changed an address or a mask (prints "register element address or mask
- * incompatible!\n" to standard error) | tables merged before it stay merged; the caller's record is untouched | | -3 |
- * the read callback failed | tables merged before it stay merged; the caller's record is untouched; de_get_error_str()
- * "read register failed!" |
+ * - 0: the record was copied out.
+ * - -1: no read callback. Nothing changed; de_get_error_str() answers "the read and write register function have not
+ *   been set!".
+ * - -2: a null pointer, and nothing changed; or the callback changed an address or a mask (prints "register element
+ *   address or mask incompatible!\n" to standard error), and tables merged before it stay merged.
+ * - -3: the read callback failed. Tables merged before it stay merged; de_get_error_str() answers "read register
+ *   failed!".
+ *
+ * The caller's record is untouched unless the code is 0.
  *
  * @code{.c}
  * DeGpmParams_S points;
@@ -1268,7 +1263,7 @@ VQ3900_API int32_t convert_W_mat_register_to_float(void);
 /**
  * @brief Converts the D2C and control tables back to projection and configuration, both cleared before.
  *
- * Two registers bits come back crossed: recovery_mode_1 from the bit that recovery_mode_2 is written to, and the other
+ * Two register bits come back crossed: recovery_mode_1 from the bit that recovery_mode_2 is written to, and the other
  * way round. The camera mode of the basic record is set from bits 0 to 7 of 0x50001200.
  * @retval 0 Converted.
  * @retval -5 The projection could not be decoded; does not occur.

@@ -2,20 +2,14 @@
 #ifndef VQ3900_CONFIG_DE_INPUT_H
 #define VQ3900_CONFIG_DE_INPUT_H
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 #include "config/ini_document.h"
 #include "config/key_table.h"
+#include "config/load_result.h"
 #include "state/de_input_state.h"
 
 namespace vq3900 {
-
-struct LoadResult {
-  std::int32_t code = 0;
-  std::string text;  // for standard error, without its line end
-};
 
 // Reads all sections. A document without section mode loads nothing and is no fault. Records keep what was read before
 // a fault. A bad value throws FieldError.

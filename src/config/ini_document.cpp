@@ -24,7 +24,8 @@ bool key_before(const IniField& a, const IniField& b) {
 }  // namespace
 
 IniError::IniError(std::uint32_t line, const std::string& what)
-    : std::logic_error("l" + std::to_string(line) + ": ini parsing failed, " + what), line_(line) {}
+    : std::logic_error(std::string("l").append(std::to_string(line)).append(": ini parsing failed, ").append(what)),
+      line_(line) {}
 
 const IniField* IniSection::find(std::string_view key) const {
   const auto at = std::lower_bound(fields_.begin(), fields_.end(), key,
@@ -39,37 +40,27 @@ void IniDocument::parse(std::string text) {
   try {
     parse_lines();
   } catch (const IniError&) {
-    for (Section& section : sections_)
-      sort_fields(section);
+    sort_fields();
     throw;
   }
-  for (Section& section : sections_)
-    sort_fields(section);
+  sort_fields();
 }
 
 IniSection IniDocument::section(std::string_view name) const {
-  const auto at = std::lower_bound(sections_.begin(), sections_.end(), name,
-                                   [](const Section& section, std::string_view n) { return section.name < n; });
-  return at != sections_.end() && at->name == name ? IniSection{at->fields} : IniSection{};
+  const auto at = sections_.find(name);
+  return at == sections_.end() ? IniSection{} : IniSection{at->second};
 }
 
 std::vector<std::string_view> IniDocument::section_names() const {
   std::vector<std::string_view> names;
   names.reserve(sections_.size());
-  for (const Section& section : sections_)
-    names.push_back(section.name);
+  for (const auto& [name, fields] : sections_)
+    names.push_back(name);
   return names;
 }
 
-IniDocument::Section& IniDocument::open_section(std::string_view name) {
-  const auto at = std::lower_bound(sections_.begin(), sections_.end(), name,
-                                   [](const Section& section, std::string_view n) { return section.name < n; });
-  if (at != sections_.end() && at->name == name) return *at;
-  return *sections_.insert(at, Section{name, {}});
-}
-
 void IniDocument::parse_lines() {
-  Section* current = nullptr;
+  Fields* current = nullptr;
   std::uint32_t number = 0;
   for (std::string_view rest = text_; !rest.empty();) {
     const std::size_t end = rest.find('\n');
@@ -79,7 +70,7 @@ void IniDocument::parse_lines() {
   }
 }
 
-void IniDocument::parse_line(std::string_view line, std::uint32_t number, Section*& current) {
+void IniDocument::parse_line(std::string_view line, std::uint32_t number, Fields*& current) {
   if (!line.empty()) {
     const char first = line.front();  // of the raw line: blanks before a mark make it a field line
     if (first == comment_ || first == '#' || first == ';' || first == '%') return;
@@ -94,31 +85,32 @@ void IniDocument::parse_line(std::string_view line, std::uint32_t number, Sectio
   if (close == std::string_view::npos) throw IniError(number, "section not closed");
   if (close == 1) throw IniError(number, "section is empty");
   if (close + 1 != line.size()) throw IniError(number, "no end of line after section");
-  current = &open_section(line.substr(1, close - 1));
+  current = &sections_[line.substr(1, close - 1)];
 }
 
-void IniDocument::parse_field(std::string_view line, std::uint32_t number, Section* current) {
+void IniDocument::parse_field(std::string_view line, std::uint32_t number, Fields* current) const {
   if (current == nullptr) throw IniError(number, "field has no section");
   const std::size_t at = line.find(separator_);
   if (at == std::string_view::npos) throw IniError(number, std::string("no '") + separator_ + "' found");
   const std::string_view key = cut_comment(trim(line.substr(0, at)));
-  current->fields.push_back({key, trim(line.substr(at + 1)), number});
+  current->push_back({key, trim(line.substr(at + 1)), number});
 }
 
-// Sorts by key. Of several fields of one key the last in the text stays.
-void IniDocument::sort_fields(Section& section) {
-  std::vector<IniField>& fields = section.fields;
-  std::ranges::stable_sort(fields, key_before);
-  auto kept = fields.begin();
-  for (auto field = fields.begin(); field != fields.end(); ++field) {
-    const auto next = std::next(field);
-    if (next != fields.end() && next->key == field->key) {
-      replaced_.push_back(*field);
-    } else {
-      *kept++ = *field;
+// Sorts every section by key. Of several fields of one key the last in the text stays.
+void IniDocument::sort_fields() {
+  for (auto& [name, fields] : sections_) {
+    std::ranges::stable_sort(fields, key_before);
+    auto kept = fields.begin();
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+      const auto next = std::next(field);
+      if (next != fields.end() && next->key == field->key) {
+        replaced_.push_back(*field);
+      } else {
+        *kept++ = *field;
+      }
     }
+    fields.erase(kept, fields.end());
   }
-  fields.erase(kept, fields.end());
 }
 
 }  // namespace vq3900

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -69,21 +70,17 @@ class IniDocument {
   std::span<const IniField> replaced_fields() const { return replaced_; }
 
  private:
-  struct Section {
-    std::string_view name;
-    std::vector<IniField> fields;
-  };
+  using Fields = std::vector<IniField>;
 
-  Section& open_section(std::string_view name);
   void parse_lines();
-  void parse_line(std::string_view line, std::uint32_t number, Section*& current);
-  void parse_field(std::string_view line, std::uint32_t number, Section* current);
-  void sort_fields(Section& section);
+  void parse_line(std::string_view line, std::uint32_t number, Fields*& current);
+  void parse_field(std::string_view line, std::uint32_t number, Fields* current) const;
+  void sort_fields();
 
   char separator_;
   char comment_;
   std::string text_;
-  std::vector<Section> sections_;  // sorted by name
+  std::map<std::string_view, Fields> sections_;  // by name
   std::vector<IniField> replaced_;
 };
 

@@ -39,13 +39,13 @@ enum class KeyType : std::uint8_t {
 
 template <typename Section>
 struct Key {
-  const char* name;
-  KeyType type;
-  std::uint8_t count;                             // elements of a list, most characters of a text, else 1
-  bool (*read)(Section&, std::string_view text);  // false: the fault; throws FieldError on a bad value
-  const char* fault = nullptr;                    // error text of a value that the reader took and the key refuses
-  void (*absent)(Section&) = nullptr;             // an optional key's default; null: the key is required
-  const char* beside = nullptr;                   // looked at only beside this key, and then required
+  const char* name = nullptr;
+  KeyType type{};
+  std::uint8_t count = 1;                                   // elements of a list, most characters of a text, else 1
+  bool (*read)(Section&, std::string_view text) = nullptr;  // false: the fault; throws FieldError on a bad value
+  const char* fault = nullptr;         // error text of a value that the reader took and the key refuses
+  void (*absent)(Section&) = nullptr;  // an optional key's default; null: the key is required
+  const char* beside = nullptr;        // looked at only beside this key, and then required
 };
 
 namespace detail {
@@ -90,12 +90,12 @@ constexpr std::size_t extent_at() {
 
 // A key without its table: what tools and documents show of it.
 struct KeyDescription {
-  const char* section;
-  const char* name;
-  KeyType type;
-  std::uint8_t count;
-  bool required;
-  const char* beside;
+  const char* section = nullptr;
+  const char* name = nullptr;
+  KeyType type{};
+  std::uint8_t count = 1;
+  bool required = true;
+  const char* beside = nullptr;
 };
 
 template <typename Section, std::size_t Count>
@@ -134,6 +134,23 @@ constexpr Key<RecordOf<Path...>> list(const char* name, const char* fault) {
           fault};
 }
 
+// The same for a list whose elements are read as signed numbers and cut to the member's width.
+template <auto... Path>
+constexpr Key<RecordOf<Path...>> signed_list(const char* name, const char* fault) {
+  using Section = RecordOf<Path...>;
+  using Element = detail::ElementAt<Section, Path...>;
+  constexpr std::size_t kCount = detail::extent_at<Section, Path...>();
+  return {name, KeyType::kInt32List, kCount,
+          [](Section& section, std::string_view text) {
+            std::array<std::int32_t, kCount> elements{};
+            if (string_to_s32_array(text, elements) != kCount) return false;
+            std::transform(elements.begin(), elements.end(), std::begin(walk<Path...>(section)),
+                           [](std::int32_t element) { return static_cast<Element>(element); });
+            return true;
+          },
+          fault};
+}
+
 // A text that goes into a zero-padded character array, without terminator.
 template <auto... Path>
 constexpr Key<RecordOf<Path...>> text(const char* name, const char* fault) {
@@ -155,22 +172,31 @@ constexpr Key<Section> optional(Key<Section> key, void (*absent)(std::type_ident
   return key;
 }
 
+// What the absence of a required key means.
+enum class MissingKey : std::uint8_t {
+  kReadAsEmpty,  // its reader gets an empty text and decides
+  kFault,        // the section ends with "Field %s not found in section %s"
+};
+
 inline std::string missing_key_text(std::string_view key, std::string_view section) {
   return std::string("Field ").append(key).append(" not found in section ").append(section);
 }
 
-// Reads the rows in order into the record, which keeps what was read before a fault. A required key that is absent
-// reads as an empty text. The error text of the fault, or nothing; a bad value throws FieldError.
+// Reads the rows in order into the record, which keeps what was read before a fault. The error text of the fault, or
+// nothing; a bad value throws FieldError.
 template <typename Section, std::size_t Count>
 std::optional<std::string> read_section(const std::array<Key<Section>, Count>& keys, const IniSection& ini,
-                                        std::string_view section_name, Section& section) {
+                                        std::string_view section_name, Section& section,
+                                        MissingKey missing = MissingKey::kReadAsEmpty) {
   for (const Key<Section>& key : keys) {
     if (key.beside != nullptr && ini.find(key.beside) == nullptr) continue;
     const IniField* const field = ini.find(key.name);
-    if (field == nullptr && key.beside != nullptr) return missing_key_text(key.name, section_name);
     if (field == nullptr && key.absent != nullptr) {
       key.absent(section);
       continue;
+    }
+    if (field == nullptr && (missing == MissingKey::kFault || key.beside != nullptr)) {
+      return missing_key_text(key.name, section_name);
     }
     const std::string_view text = field == nullptr ? std::string_view{} : field->value;
     if (!key.read(section, text)) return key.fault;

@@ -12,11 +12,7 @@ constexpr std::uint32_t kDepthModeMask = 0x80000000;
 constexpr std::uint32_t kCameraModeMask = 0x000000FF;
 
 constexpr Field<D2cConfig> kExpandWidth{
-    "d2c_recovery_expand_width",
-    kExpand,
-    0x000000FF,
-    Coding::kInteger,
-    {},
+    {"d2c_recovery_expand_width", kExpand, 0x000000FF},
     [](const D2cConfig& config) { return std::trunc(widen(config.d2c_recovery_expand_width) * 256.0 + 0.5); },
     [](D2cConfig& config, double value) { config.d2c_recovery_expand_width = static_cast<float>(value * 0.00390625); }};
 
@@ -94,8 +90,8 @@ Projection d2c_projection(std::span<const float, 4> depth, std::span<const float
   };
 
   Projection w{};
-  row(cfx, ccx, 0, &w[0]);
-  row(cfy, ccy, 3, &w[4]);
+  row(cfx, ccx, 0, w.data());
+  row(cfy, ccy, 3, w.data() + 4);
   const float w8 = pose[6] / dfx;
   const float w9 = pose[7] / dfy;
   w[8] = widen(w8);

@@ -23,7 +23,7 @@ std::uint64_t wrap_to_u64(double value) {
 std::uint32_t encode_fixed(double value, const FixedFormat& format, OverflowHandler on_overflow) {
   const std::uint64_t modulus = std::uint64_t{1} << (format.width % 64);
   const std::uint64_t limit = modulus - 1;
-  const double scale = static_cast<double>(std::uint64_t{1} << (static_cast<std::uint32_t>(format.frac_bits) % 64));
+  const auto scale = static_cast<double>(std::uint64_t{1} << (static_cast<std::uint32_t>(format.frac_bits) % 64));
   const double scaled = value * scale;
   const double nearest = std::round(scaled);
   const double pattern = scaled < 0 ? nearest + static_cast<double>(modulus) : nearest;

@@ -24,7 +24,7 @@ class FixedText {
   const char* c_str() const { return text_.data(); }
 
  private:
-  std::array<char, 352> text_;  // sign, 309 digits, point, 20 digits, zero
+  std::array<char, 352> text_{};  // sign, 309 digits, point, 20 digits, zero
 };
 
 class DecimalText {
@@ -35,7 +35,7 @@ class DecimalText {
   const char* c_str() const { return text_.data(); }
 
  private:
-  std::array<char, 24> text_;
+  std::array<char, 24> text_{};
 };
 
 }  // namespace

@@ -25,15 +25,29 @@ enum class Coding : std::uint8_t {
   kFixedUnsigned,  // fixed point, decoded as unsigned
 };
 
+enum class Use : std::uint8_t {
+  kBothWays,
+  kWriteOnly,  // never read back
+  kReadOnly,   // never written to the register
+};
+
+// Where a field lies and how it is coded, whatever record it belongs to.
+struct FieldBits {
+  const char* name = nullptr;  // of the record member, or of what a constant stands for
+  std::uint8_t element = 0;
+  std::uint32_t mask = 0;
+  Coding coding = Coding::kInteger;
+  FixedFormat format = {};
+  Use use = Use::kBothWays;
+
+  constexpr bool written() const { return use != Use::kReadOnly; }
+  constexpr bool read_back() const { return use != Use::kWriteOnly; }
+};
+
 template <typename Record>
-struct Field {
-  const char* name;  // of the record member, or of what a constant stands for
-  std::uint8_t element;
-  std::uint32_t mask;
-  Coding coding;
-  FixedFormat format;
-  double (*load)(const Record&);         // null: never written to the register
-  void (*store)(Record&, double value);  // null: never read back
+struct Field : FieldBits {
+  double (*load)(const Record&) = nullptr;         // for written fields
+  void (*store)(Record&, double value) = nullptr;  // for fields read back
 };
 
 // The index of a register in its table. A register that is not there fails the build.
@@ -69,39 +83,39 @@ void store(RecordOf<Path...>& record, double value) {
 // An integer member, both ways.
 template <auto... Path>
 constexpr Field<RecordOf<Path...>> integer(const char* name, std::uint8_t element, std::uint32_t mask) {
-  return {name, element, mask, Coding::kInteger, {}, detail::load<Path...>, detail::store<Path...>};
+  return {{name, element, mask}, detail::load<Path...>, detail::store<Path...>};
 }
 
 // A real member in fixed point, both ways.
 template <auto... Path>
 constexpr Field<RecordOf<Path...>> fixed(const char* name, std::uint8_t element, std::uint32_t mask, FixedFormat format,
                                          Coding coding = Coding::kFixed) {
-  return {name, element, mask, coding, format, detail::load<Path...>, detail::store<Path...>};
+  return {{name, element, mask, coding, format}, detail::load<Path...>, detail::store<Path...>};
+}
+
+template <typename Record>
+constexpr Field<Record> write_only(Field<Record> field) {
+  field.use = Use::kWriteOnly;
+  return field;
+}
+
+template <typename Record>
+constexpr Field<Record> read_only(Field<Record> field) {
+  field.use = Use::kReadOnly;
+  return field;
 }
 
 // Bits that always take the same value; never read back.
 template <typename Record, std::uint32_t Value>
 constexpr Field<Record> constant(const char* name, std::uint8_t element, std::uint32_t mask) {
-  return {name, element, mask, Coding::kInteger, {}, [](const Record&) { return double{Value}; }, nullptr};
+  return write_only<Record>({{name, element, mask}, [](const Record&) { return double{Value}; }});
 }
 
 // Bits computed from the record; never read back.
 template <typename Record>
 constexpr Field<Record> derived(const char* name, std::uint8_t element, std::uint32_t mask,
                                 double (*load)(const Record&)) {
-  return {name, element, mask, Coding::kInteger, {}, load, nullptr};
-}
-
-template <typename Record>
-constexpr Field<Record> write_only(Field<Record> field) {
-  field.store = nullptr;
-  return field;
-}
-
-template <typename Record>
-constexpr Field<Record> read_only(Field<Record> field) {
-  field.load = nullptr;
-  return field;
+  return write_only<Record>({{name, element, mask}, load});
 }
 
 // The field's bits for the record: what goes under the mask, or kOverflowed after telling the handler.
@@ -117,7 +131,7 @@ template <typename Record, std::size_t Count>
 void encode_fields(const std::array<Field<Record>, Count>& fields, const Record& record,
                    std::span<DeRegElement_S> table, OverflowHandler on_overflow) {
   for (const Field<Record>& field : fields) {
-    if (field.load == nullptr) continue;
+    if (!field.written()) continue;
     std::uint32_t& value = table[field.element].value;
     value = set_reg_field(encode_bits(field, record, on_overflow), value, field.mask);
   }
@@ -128,7 +142,7 @@ template <typename Record, std::size_t Count>
 bool encode_fields_until_overflow(const std::array<Field<Record>, Count>& fields, const Record& record,
                                   std::span<DeRegElement_S> table, OverflowHandler on_overflow) {
   for (const Field<Record>& field : fields) {
-    if (field.load == nullptr) continue;
+    if (!field.written()) continue;
     const std::uint32_t bits = encode_bits(field, record, on_overflow);
     if (field.coding != Coding::kInteger && bits == kOverflowed) return false;
     std::uint32_t& value = table[field.element].value;
@@ -138,8 +152,7 @@ bool encode_fields_until_overflow(const std::array<Field<Record>, Count>& fields
 }
 
 // What a field's bits stand for.
-template <typename Record>
-double decode_bits(const Field<Record>& field, std::uint32_t register_value) {
+inline double decode_bits(const FieldBits& field, std::uint32_t register_value) {
   const std::uint32_t bits = get_reg_field(register_value, field.mask);
   switch (field.coding) {
     case Coding::kFixed:
@@ -156,7 +169,7 @@ template <typename Record, std::size_t Count>
 void decode_fields(const std::array<Field<Record>, Count>& fields, std::span<const DeRegElement_S> table,
                    Record& record) {
   for (const Field<Record>& field : fields) {
-    if (field.store != nullptr) field.store(record, decode_bits(field, table[field.element].value));
+    if (field.read_back()) field.store(record, decode_bits(field, table[field.element].value));
   }
 }
 
@@ -166,10 +179,10 @@ template <typename Record, std::size_t Count, std::size_t Elements>
 consteval bool well_formed(const std::array<Field<Record>, Count>& fields, const RegisterTable<Elements>& table) {
   std::array<std::uint32_t, Elements> written{};
   for (const Field<Record>& field : fields) {
+    if (field.mask == 0 || field.element >= Elements) return false;
     const std::uint64_t run = field.mask >> std::countr_zero(field.mask);
-    if (field.mask == 0 || (run & (run + 1)) != 0) return false;
-    if (field.element >= Elements) return false;
-    if (field.load == nullptr) continue;
+    if ((run & (run + 1)) != 0) return false;
+    if (!field.written()) continue;
     if ((field.mask & ~table[field.element].mask) != 0) return false;
     if ((field.mask & written[field.element]) != 0) return false;
     written[field.element] |= field.mask;

@@ -1,0 +1,43 @@
+# Compares what the built library exports with abi/exported_names.txt, and that list with the functions that the public
+# header declares. Run with -DLIBRARY=... -DNM=... -DSOURCE_DIR=...
+cmake_minimum_required(VERSION 3.25)
+
+file(STRINGS "${SOURCE_DIR}/abi/exported_names.txt" listed)
+
+execute_process(COMMAND "${NM}" -D --defined-only "${LIBRARY}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
+set(exported "")
+foreach(line ${lines})
+  string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" name "${line}")
+  string(REGEX REPLACE "@.*$" "" name "${name}")
+  if(NOT name STREQUAL "VQ3900_2") # the version itself
+    list(APPEND exported "${name}")
+  endif()
+endforeach()
+list(SORT exported)
+
+file(READ "${SOURCE_DIR}/include/vq3900_depth_engine.h" header)
+string(REGEX MATCHALL "\nVQ3900_API [^;(]*[ *]([A-Za-z_0-9]+)\\(" declarations "${header}")
+set(declared "")
+foreach(declaration ${declarations})
+  string(REGEX REPLACE "^.*[ *]([A-Za-z_0-9]+)\\($" "\\1" name "${declaration}")
+  list(APPEND declared "${name}")
+endforeach()
+list(SORT declared)
+
+foreach(pair "exported;the library exports" "declared;the header declares")
+  list(GET pair 0 set)
+  list(GET pair 1 what)
+  set(extra ${${set}})
+  list(REMOVE_ITEM extra ${listed})
+  set(missing ${listed})
+  list(REMOVE_ITEM missing ${${set}})
+  if(extra)
+    message(SEND_ERROR "${what} what abi/exported_names.txt does not list: ${extra}")
+  endif()
+  if(missing)
+    message(SEND_ERROR "abi/exported_names.txt lists what is not there (${what} the others): ${missing}")
+  endif()
+endforeach()
+list(LENGTH listed count)
+message(STATUS "${count} names, as listed")
