@@ -1,0 +1,29 @@
+// What the device accepts for each key of a depth-engine configuration.
+#ifndef VQ3900_TOOLS_ACCEPTED_VALUES_H
+#define VQ3900_TOOLS_ACCEPTED_VALUES_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/key_table.h"
+
+namespace vq3900::tool {
+
+struct AcceptedValues {
+  double low = 0;
+  double high = 0;
+  std::vector<double> only = {};  // when not empty: these values alone
+
+  bool contains(double value) const;
+  std::string text() const;  // "0 to 4095", "5, 7 or 9"
+};
+
+// The values for a key, of a list for one element: where no rule of its own holds, those that fit its register field,
+// and where it has none, those of its type.
+AcceptedValues accepted_values(const KeyDescription& key, std::size_t index = 0);
+
+}  // namespace vq3900::tool
+
+#endif
