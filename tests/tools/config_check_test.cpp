@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <regex>
 #include <string>
 
 #include "accepted_values.h"
@@ -34,9 +33,10 @@ std::string stereo() {
 
 // The text with the line of one key replaced; a key that is not there fails the test.
 std::string with(const std::string& text, const std::string& key, const std::string& line) {
-  const std::regex pattern("(^|\n)" + key + " = [^\n]*");
-  EXPECT_TRUE(std::regex_search(text, pattern)) << key;
-  return std::regex_replace(text, pattern, "$1" + line);
+  const std::size_t at = text.find("\n" + key + " = ");
+  EXPECT_NE(at, std::string::npos) << key;
+  const std::size_t end = text.find('\n', at + 1);
+  return text.substr(0, at + 1) + line + text.substr(end);
 }
 
 std::uint32_t line_of(const std::string& text, const std::string& start) {
