@@ -28,10 +28,7 @@
  *   if (load_de_input_configs("stereo_1280x800.ini") != 0) return 1;
  *   if (set_depth_engine_config() != 0) return 1;
  *   de_copy_disp_calc_params(&disparity);
- *   if (de_set_disp_calc_params_to_registers(&disparity) != 0) {
- *     fprintf(stderr, "%s\n", de_get_error_str());
- *     return 1;
- *   }
+ *   if (de_set_disp_calc_params_to_registers(&disparity) != 0) return 1;  // de_get_error_str() may say why
  *   return 0;
  * }
  * @endcode
@@ -48,15 +45,16 @@
  *   (de_set_disp_calc_params_to_registers(), ...) also writes them to the device.
  * - **Return codes.** 0 is success. A negative code names the failing step; ::VQ3900_FIXED_POINT_OVERFLOW (4096) says
  *   that a value did not fit its fixed-point field.
- * - **Null pointers.** A function that returns `int32_t` answers a null pointer with -2 and changes nothing; a function
- *   that returns nothing does nothing. An array may be null when its count is 0. An entry point looks at its callback
- *   first, then at its pointers.
+ * - **Null pointers.** A function that returns `int32_t` answers a null pointer with -2 and changes nothing, unless its
+ *   description says otherwise; a function that returns nothing does nothing. A null path is one that cannot be opened.
+ *   An array may be null when its count is 0. An entry point looks at its callback first, then at its pointers.
  * - **What a failure leaves behind.** Everything that was done before the failing step stays done, as each function
  *   says; nothing is rolled back, nothing is retried.
  * - **Printed texts** are written through C stdio, one call a message, and never flushed by the library. They are
  *   quoted here exactly; `\n` stands for the line end.
  * - **Memory.** No setter, converter, table function or entry point allocates.
- * - **Exceptions.** None leaves the library. A callback that throws counts as a failed transfer.
+ * - **Exceptions.** None leaves the library, save what a log callback throws. A register callback that throws counts as
+ *   a failed transfer; the cancellation of its thread passes through.
  * - **Byte order and layout.** Records have the natural C layout of a little-endian 64-bit machine; their sizes are
  *   given with them. Padding bytes are copied with the record.
  *
@@ -66,17 +64,21 @@
  * 2. set_camera_mode() before set_upsample(), set_rectify_status() and set_rectify_sbg2r_config().
  * 3. set_input_ir_resolution() before set_prefilter_size_speckleTh(), and that before set_extend_chop_params().
  * 4. load_de_input_configs() before set_depth_engine_config().
+ * 5. de_set_disp_calc_params_to_registers() before an entry point that writes the control table (D2C, D2D, basic): the
+ *    matcher's smoothing flag lies there.
+ * 6. The D2C read-back last: it sets the camera mode from other bits.
  */
 #ifndef VQ3900_DEPTH_ENGINE_H
 #define VQ3900_DEPTH_ENGINE_H
 
 #include <stdbool.h>
 #include <stdint.h>
+#ifdef __cplusplus
+#include <functional>
+#endif
 
-/** @brief Marks an exported function. Define VQ3900_STATIC to link the library's objects statically. */
-#if defined(VQ3900_STATIC)
-#define VQ3900_API
-#elif defined(_WIN32)
+/** @brief Marks an exported function. */
+#if defined(_WIN32)
 #if defined(VQ3900_BUILDING_LIBRARY)
 #define VQ3900_API __declspec(dllexport)
 #else
@@ -116,6 +118,25 @@ extern "C" {
 #define VQ3900_ERROR_READ_BACK (-5)
 /** @brief A value did not fit its fixed-point field. The encoder printed which. */
 #define VQ3900_FIXED_POINT_OVERFLOW 4096
+
+/** @brief load_de_input_configs(): the file cannot be opened. Loaders have codes of their own. */
+#define VQ3900_LOAD_CANNOT_OPEN (-1)
+/** @brief load_de_input_configs(): the grammar, or the type or range of a value. */
+#define VQ3900_LOAD_BAD_TEXT (-5)
+/** @brief load_de_input_configs(): a section is missing. */
+#define VQ3900_LOAD_NO_SECTION (-6)
+/** @brief load_de_input_configs(): section mode. */
+#define VQ3900_LOAD_MODE (-7)
+/** @brief load_de_input_configs(): section basic. */
+#define VQ3900_LOAD_BASIC (-8)
+/** @brief load_de_input_configs(): section disparity. */
+#define VQ3900_LOAD_DISPARITY (-9)
+/** @brief load_de_input_configs(): section extend_chop. */
+#define VQ3900_LOAD_EXTEND_CHOP (-10)
+/** @brief load_de_input_configs(): section gpm. */
+#define VQ3900_LOAD_GPM (-11)
+/** @brief load_de_input_configs(): section scheme. */
+#define VQ3900_LOAD_SCHEME (-12)
 
 /** @brief Register elements of the basic / D2C-D2D control table. */
 #define VQ3900_BASIC_CTRL_REGISTERS 5
@@ -319,7 +340,13 @@ typedef struct DeGpmConfig_S {
   int32_t gp_ref_dy_t;     /**< 12 bits. */
 } DeGpmConfig_S;
 
-/** @brief Decoded status of the global-point matching (3128). */
+/**
+ * @brief Decoded status of the global-point matching (3128).
+ *
+ * Signed with 12 bits: words 0 and 2 of status. With the device's 6-bit sign rule, though they are wider: words 3 and 4
+ * of status, word 1 of each triple, word 1 of each point; bit 5 then makes a negative number of the low 5 bits, and
+ * without it the whole field counts. The others are unsigned.
+ */
 typedef struct DeGpStatusParams_S {
   int32_t status[5];     /**< Words of 0x5000137C and 0x50001380: bits 31-20 and 16-8; bits 31-20, 19-14 and 12-0. */
   int32_t triple[3][3];  /**< Words of 0x50001384, 0x50001388, 0x5000138C: bits 28-20, 18-6, 4-0 of each. */
@@ -402,6 +429,149 @@ typedef struct dpu_scheme_config {
                                  5 mipi_channel_status. */
   double reserved;          /**< 0. */
 } dpu_scheme_config;
+
+/** @brief One depth-to-colour output configuration (72). Offsets are those of its flash image. */
+typedef struct d2c_cfg_item {
+  uint8_t md5[16];              /**< Zero in memory; in an image the MD5 of bytes 16 to 51. */
+  char desc[16];                /**< Description, zero-padded, not terminated when 16 bytes long. */
+  uint16_t res_chop_out[2];     /**< Output of the chop stage: width, height in pixels. */
+  uint16_t res_depth[2];        /**< Depth image: width, height in pixels. */
+  uint16_t res_rgb[2];          /**< Colour image: width, height in pixels. */
+  uint32_t d2d_params_unit;     /**< Unit of the D2D parameters in hundredths; 0 when it is not in R. */
+  uint32_t mipi_channel_status; /**< Bit 0: MIPI channel. */
+  uint16_t res_d2c_in[2];       /**< Input of the D2C stage: width, height in pixels. */
+  uint16_t res_d2c_valid[2];    /**< Valid area of the D2C stage: width, height in pixels. */
+  float scale;                  /**< Scale from depth to colour image. */
+  uint16_t extend[4];           /**< Margins in pixels: two values for the width, two for the height. */
+} d2c_cfg_item;
+
+/** @brief Automatic-exposure settings of the infrared pre-processing (156). Offsets are those of its flash image. */
+typedef struct ir_pre_cfg_item {
+  uint8_t md5[16];                /**< Zero in memory; in an image the MD5 of bytes 16 to 35. */
+  char dpu_desc[16];              /**< Description, zero-padded, not terminated when 16 bytes long. */
+  uint32_t reserved;              /**< 0. */
+  int32_t exp_time_range[4];      /**< Exposure times. */
+  int32_t gain_range[4];          /**< Gains. */
+  int32_t laser_current_range[4]; /**< Laser currents. */
+  uint32_t target_brightness;     /**< Brightness aimed at. */
+  uint32_t target_th;             /**< Tolerance of the brightness. */
+  uint32_t center_weight;         /**< Weight of the image centre. */
+  uint32_t skip_frame;            /**< Frames skipped between two steps. */
+  uint32_t smooth_steps;          /**< Steps of a change. */
+  uint32_t delay_ms;              /**< Delay of a change in milliseconds. */
+  uint32_t meter_method;          /**< Metering method. */
+  uint32_t enable_bits;           /**< Bit 0 exposure, 1 gain, 2 laser power. */
+  uint16_t roi_size[2];           /**< Region of interest: width, height in pixels. */
+  uint16_t box_cnt[2];            /**< Boxes of the region: columns, rows. */
+  uint16_t box_weight_16[16];     /**< Weights of the boxes. */
+} ir_pre_cfg_item;
+
+/** @brief A camera of a calibration (64). */
+typedef struct DeCalibCamera_S {
+  int32_t width;  /**< Image width in pixels. */
+  int32_t height; /**< Image height in pixels. */
+  float fx;       /**< Focal length in pixels, horizontal. */
+  float fy;       /**< Focal length in pixels, vertical. */
+  float cx;       /**< Principal point in pixels, horizontal; pixel centres lie at whole numbers. */
+  float cy;       /**< Principal point in pixels, vertical. */
+  float
+      distortion[8]; /**< k1, k2, k3, k4, k5, k6, p1, p2; k1 to k4 of an equidistant, c1 to c8 of a polynomial model. */
+  double polynomial_param; /**< Largest radius of the polynomial model; not finite or not positive for none. */
+} DeCalibCamera_S;
+
+/**
+ * @brief A calibration: two IR cameras and a colour camera (296). Passed by value.
+ *
+ * Left is camera 1, the reference camera; right is camera 0. A point of the left camera's frame is R X + T in the right
+ * one's and R_rgb X + T_rgb in the colour camera's.
+ */
+typedef struct CalibrateParamsMulti {
+  int32_t distortion_model; /**< 0 and 1 Brown, 2 equidistant, 5 polynomial. */
+  uint8_t model_override;   /**< Not 0: the polynomial model, whatever the number says. */
+  DeCalibCamera_S left_ir;  /**< Left IR camera, the reference. */
+  DeCalibCamera_S right_ir; /**< Right IR camera. */
+  DeCalibCamera_S rgb;      /**< Colour camera; all zero for none. */
+  float ir_rotation[9];     /**< R, row-major. */
+  float ir_translation[3];  /**< T, in the unit of depth before division by d2d_params_unit (millimetres). */
+  float rgb_rotation[9];    /**< R_rgb, row-major. */
+  float rgb_translation[3]; /**< T_rgb, in the same unit. */
+} CalibrateParamsMulti;
+
+/** @brief Result of the stereo rectification (244), as the calibration image stores it. */
+typedef struct DeStereoRectifyParams_S {
+  DeCameraIntrinsic_S cam1_rectified; /**< Virtual intrinsics and output size of camera 1. */
+  float cam1_distortion[8];           /**< Distortion of camera 1: k1 to k6, p1, p2. */
+  float cam1_rotation[9];             /**< Rotation from camera 1 into its rectified frame, row-major. */
+  DeCameraIntrinsic_S cam0_rectified; /**< Virtual intrinsics and output size of camera 0. */
+  float cam0_distortion[8];           /**< Distortion of camera 0. */
+  float cam0_rotation[9];             /**< Rotation from camera 0 into its rectified frame. */
+  DeCameraIntrinsic_S cam1;           /**< Unrectified intrinsics and image size of camera 1, scaled and chopped. */
+  DeCameraIntrinsic_S cam0;           /**< Unrectified intrinsics and image size of camera 0. */
+  uint16_t reserved[2];               /**< 0. */
+  float left_temperature;             /**< Calibration temperature of the left IR camera. */
+  float right_temperature;            /**< Calibration temperature of the right IR camera. */
+  float ldm_temperature;              /**< Calibration temperature of the laser. */
+  float left_comp_coeff;              /**< Temperature compensation of the left IR camera. */
+  float right_comp_coeff;             /**< Temperature compensation of the right IR camera. */
+  float ldm_comp_coeff;               /**< Temperature compensation of the laser. */
+} DeStereoRectifyParams_S;
+
+/** @brief Result of the depth-to-colour derivation (172). */
+typedef struct DeCameraD2CParams_S {
+  DeCameraIntrinsic_S depth; /**< Depth image. */
+  DeCameraIntrinsic_S valid; /**< Valid area of the colour image. */
+  DeCameraIntrinsic_S color; /**< Colour image. */
+  float zero[8];             /**< 0. */
+  float color_distortion[8]; /**< Distortion of the colour camera, as calibrated. */
+  float rotation[9];         /**< Rotation from the rectified reference camera to the colour camera, row-major. */
+  float translation[3];      /**< Translation to the colour camera. */
+} DeCameraD2CParams_S;
+
+/** @brief Constants of the depth calculation (28). */
+typedef struct DepthCalcParams_S {
+  int32_t depth_mode;    /**< Depth mode of the configuration. */
+  float baseline;        /**< Signed baseline in depth units. */
+  float ref_dist;        /**< Reference distance in depth units. */
+  float focal_length;    /**< Unrectified focal length of camera 1 in pixels. */
+  float d2d_params_unit; /**< Depth unit: never 0. */
+  float disp_offset;     /**< Disparity offset. */
+  int32_t invalid_disp;  /**< Disparity that stands for none. */
+} DepthCalcParams_S;
+
+/** @brief One optimized D2D entry (16); opaque to the library. */
+typedef struct DeDepthConfig_S {
+  uint8_t data[16]; /**< Copied as it is. */
+} DeDepthConfig_S;
+
+/** @brief A sampled displacement grid of a camera (56). */
+typedef struct RectifyLutInfo {
+  uint32_t lut_x_start;     /**< First column covered in pixels, a two's-complement number; 10 bits in the register. */
+  uint32_t lut_y_start;     /**< First row covered in pixels, the same. */
+  float lut_fx;             /**< Focal length that the grid was sampled with, in pixels, horizontal. */
+  float lut_fy;             /**< The same, vertical. */
+  float lut_cx;             /**< Principal point that the grid was sampled with, in pixels, horizontal. */
+  float lut_cy;             /**< The same, vertical. */
+  uint32_t lut_width;       /**< Samples a row: a multiple of 4, at most 1020. */
+  uint32_t lut_height;      /**< Rows of samples: the same. */
+  uint32_t sample_rate_bit; /**< The sampling step is 2 to this power, in pixels: 3 to 6. */
+  double* dx;               /**< Horizontal displacements, in focal lengths: lut_width x lut_height, row-major. */
+  double* dy;               /**< Vertical displacements, the same. */
+} RectifyLutInfo;
+
+/** @brief One section of LUT words (16). Callers pass an array of 2 or 4, in the order A, B, C, D. */
+typedef struct LutSection {
+  uint32_t address; /**< Base register address; 0 when nothing was prepared. */
+  uint32_t count;   /**< Words of the section. */
+  uint32_t* data;   /**< The caller's array, of de_get_lut_len() words. */
+} LutSection;
+
+/** @brief What gen_depth_engine_config_flash_file_de() builds an image from (528). The caller owns all of it. */
+typedef struct de_config_flash_input {
+  const char* const* dpu_config_paths; /**< Depth-engine configuration files; null for none. */
+  uint8_t dpu_config_count;            /**< Their number, 0 to 8. */
+  char d2c_config_path[256];           /**< D2C groups file; read up to its terminator or 256 bytes. */
+  char ir_pre_config_path[256];        /**< IR-pre groups file; the same. */
+} de_config_flash_input;
 
 /** @} */
 /**
@@ -684,7 +854,8 @@ VQ3900_API int32_t de_copy_rectify_lut_info_register_table(int32_t camera_id, De
  * @code{.c}
  * if (de_register_read_write_functon(read_registers, write_registers, &bus) != 0) return;
  * D2dConfig d2d;
- * if (de_get_d2d_params_from_registers(&d2d) != 0) fprintf(stderr, "%s\n", de_get_error_str());
+ * int32_t code = de_get_d2d_params_from_registers(&d2d);
+ * if (code == VQ3900_ERROR_TRANSFER) fprintf(stderr, "%s\n", de_get_error_str());  // null before the first failure
  * @endcode
  * @{
  */
@@ -797,6 +968,8 @@ VQ3900_API int32_t de_set_baisc_params_to_registers(const DeBasicParams_S* param
 
 /**
  * @brief Writes the prefilter: 18 elements.
+ *
+ * The image size is that of the last set_prefilter_size_speckleTh() or read-back.
  * @param[in] params Record to store. A window size other than 5, 7 or 9 leaves the coefficient registers as they are.
  * @retval 0,-1,-2,-3 See above.
  */
@@ -805,7 +978,7 @@ VQ3900_API int32_t de_set_prefilter_params_to_registers(const DePrefilterParams_
 /**
  * @brief Writes extension and chop: 7 elements.
  *
- * The extended image size is that of the last set_extend_chop_params().
+ * The extended image size is that of the last set_extend_chop_params(); a read-back does not change it.
  * @param[in] params Record to store.
  * @retval 0,-1,-2,-3 See above.
  */
@@ -850,7 +1023,9 @@ VQ3900_API int32_t de_set_d2d_params_to_registers(const D2dConfig* config);
 /**
  * @brief Writes both cameras' rectification parameters: 23 elements (camera 0), then 23 (camera 1).
  *
- * Matrix and distortion are those of the last set_rectify_params_brown(). The control table is not written here.
+ * Matrix and distortion are those of the last set_rectify_params_brown(). No entry point writes the rectification
+ * control table: convert_rectify_control_float_to_register(), de_copy_rectify_ctrl_register_table(), and hand the three
+ * elements to your own transport.
  * @param[in] params Enables and rectified intrinsics to store.
  * @param[in] ctrl Control record to store.
  * @retval 0,-1,-2,-3 See above.
@@ -873,8 +1048,9 @@ VQ3900_API int32_t de_set_rectify_params_to_registers(const DeRectifyParams_S* p
  * - 0: the record was copied out.
  * - -1: no read callback. Nothing changed; de_get_error_str() answers "the read and write register function have not
  *   been set!".
- * - -2: a null pointer, and nothing changed; or the callback changed an address or a mask (prints "register element
- *   address or mask incompatible!\n" to standard error), and tables merged before it stay merged.
+ * - -2: a null pointer, and nothing changed; or the callback changed an address or, in any table but the control table,
+ *   a mask (prints "register element address or mask incompatible!\n" to standard error), and elements merged before
+ *   that one stay merged.
  * - -3: the read callback failed. Tables merged before it stay merged; de_get_error_str() answers "read register
  *   failed!".
  *
@@ -899,7 +1075,7 @@ VQ3900_API int32_t de_set_rectify_params_to_registers(const DeRectifyParams_S* p
 VQ3900_API int32_t de_get_baisc_params_from_registers(DeBasicParams_S* params);
 
 /**
- * @brief Reads the prefilter: 18 elements. The speckle threshold comes out as last set.
+ * @brief Reads the prefilter: 18 elements. The speckle threshold comes out as last set; the image size is replaced.
  * @param[out] params Receives the record.
  * @retval 0,-1,-2,-3 See above.
  */
@@ -918,6 +1094,7 @@ VQ3900_API int32_t de_get_extend_chop_params_from_registers(DeExtendChopParams_S
  * arm_short_en and arm_short_mask come out as last set; smooth_enable_flag comes from the library's control table.
  * @param[out] params Receives the record.
  * @retval 0,-1,-2,-3 See above.
+ * @retval -5 A decoder failed; does not occur.
  */
 VQ3900_API int32_t de_get_disp_calc_params_from_registers(DeDispCalcParams_S* params);
 
@@ -929,6 +1106,7 @@ VQ3900_API int32_t de_get_disp_calc_params_from_registers(DeDispCalcParams_S* pa
  * @param[out] gpm Receives the record; coordinates and tolerances are unsigned 12-bit numbers.
  * @param[out] status Receives its first three bytes, as de_copy_gp_status_params() does; the rest is left alone.
  * @retval 0,-1,-2,-3 See above.
+ * @retval -5 A decoder failed; does not occur.
  */
 VQ3900_API int32_t de_get_gpm_params_from_registers(DeGpmParams_S* gpm, DeGpStatusParams_S* status);
 
@@ -939,6 +1117,7 @@ VQ3900_API int32_t de_get_gpm_params_from_registers(DeGpmParams_S* gpm, DeGpStat
  * 0x50001200 on the way; see convert_d2c_register_to_params_cfg().
  * @param[out] config Receives the record.
  * @retval 0,-1,-2,-3 See above.
+ * @retval -5 A decoder failed; does not occur.
  */
 VQ3900_API int32_t de_get_d2c_params_from_registers(D2cConfig* config);
 
@@ -1052,7 +1231,7 @@ VQ3900_API void de_fixed_to_float_sign(uint32_t raw, bool is_signed, uint32_t wi
 /**
  * @brief Sets the camera mode and the depth mode.
  * @param cam_mode 0 single camera, 1 stereo.
- * @param depth_mode 0: depth relative to the reference plane, else absolute. Stored even when @p cam_mode is refused.
+ * @param depth_mode Depth mode, 0 or 1: 0 programs the reference plane. Stored even when @p cam_mode is refused.
  * @retval 0 Stored.
  * @retval -2 @p cam_mode is neither 0 nor 1; the camera mode is unchanged.
  */
@@ -1070,13 +1249,13 @@ VQ3900_API int32_t get_camera_mode(uint32_t* out);
  * @brief Switches upsampling of the input images and sets the scale mode.
  *
  * On: the main path is switched on, and the auxiliary path as well in camera mode 1. Off: all three flags are 0.
- * @param enable 0 off, else on; stored as it is.
+ * @param enable 0 off, 1 on. Stored as it is; the register takes the lowest bit.
  * @param scale_mode Output scale mode, 0 to 3; higher bits are cut in the register.
  * @retval 0 Stored.
  */
 VQ3900_API int32_t set_upsample(uint8_t enable, uint32_t scale_mode);
 
-/** @brief Answers the upsampling switch. @return The value given to set_upsample(); not a code. */
+/** @brief Answers the upsampling switch. @return The record's upsample_enable, as last set or read; not a code. */
 VQ3900_API uint8_t get_upsample(void);
 
 /**
@@ -1106,7 +1285,7 @@ VQ3900_API int32_t get_pbf(float* out);
 /**
  * @brief Sets the distance of the reference plane.
  * @param dist Distance in depth units. Not checked here; its reciprocal must fit the register when the basic block is
- *             written (magnitude above 64).
+ *             written (magnitude above 64), and reads back with its sign from a magnitude above 128 on.
  * @retval 0 Stored.
  */
 VQ3900_API int32_t set_ref_plane_dist(float dist);
@@ -1121,7 +1300,8 @@ VQ3900_API int32_t set_input_ir_resolution(uint32_t packed);
 /**
  * @brief Sets baseline and focal length, and pbf from them.
  * @param baseline Stereo baseline in depth units, signed; magnitude 1 to 500.
- * @param focal_length_pix Focal length in pixels, at least 10.
+ * @param focal_length_pix Focal length in pixels, at least 10. The magnitude of baseline x focal length must be above
+ *                         256 for pbf to fit its register, and above 512 for it to read back with its sign.
  * @retval 0 Stored. A NaN passes both checks.
  * @retval -2 The baseline is out of range (prints "check baseline!\n" to standard output; nothing is stored), or the
  *            focal length is below 10 (prints "focal_length_pix is incorrect! \n" to standard error; the baseline is
@@ -1206,7 +1386,9 @@ VQ3900_API int32_t set_d2c_params(int32_t recovery_mode, float expand_width, uin
                                   uint32_t total_buffer_rows);
 
 /**
- * @brief Computes the projection from a calibration, in single precision.
+ * @brief Computes the projection from a calibration.
+ *
+ * Products, sums and quotients are formed in single precision, the principal-point terms of W2, W6 and W10 in double.
  * @param[in] depth_intrinsic fx, fy, cx, cy of the depth image in pixels.
  * @param[in] color_intrinsic fx, fy, cx, cy of the colour image in pixels.
  * @param[in] extrinsic 12 values: rotation from depth to colour camera, row-major, then translation in depth units.
@@ -1576,7 +1758,7 @@ VQ3900_API int32_t convert_extend_chop_registers_to_float(void);
 
 /**
  * @brief Switches the global-point matching, and set_rectify_common() with the same value.
- * @param enable Low byte: 0 off, else on.
+ * @param enable 0 off, 1 on. The low byte is stored; the register takes its lowest bit.
  * @retval 0 Stored.
  */
 VQ3900_API int32_t set_gpm_enable(uint32_t enable);
@@ -1664,6 +1846,7 @@ VQ3900_API int32_t convert_gp_status_registers_to_float(void);
  * const float distortion[8] = {-0.28f, 0.07f, 0, 0, 0, 0, 0.0002f, 0};  // k1 .. k6, p1, p2
  * const float rotation[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
  * const float camera[4] = {605, 604, 636, 402};                         // fx, fy, cx, cy
+ * set_camera_mode(1, 1);
  * if (set_rectify_status(1, 1, 32) != 0) return;
  * set_rectify_kk_lut(0);
  * for (uint32_t id = 0; id < 2; ++id) set_rectify_params_brown(id, &virtual_camera, distortion, rotation, camera);
@@ -1729,19 +1912,43 @@ VQ3900_API int32_t set_rectify_sbg2r_config(int8_t rotate_90_en, uint8_t rotate_
 VQ3900_API int32_t set_rectify_params_brown(uint32_t cam_id, const RectifyIntrinsic* new_intrinsic,
                                             const float* distortion, const float* rotation, const float* intrinsic);
 
+/**
+ * @brief Sets a camera's rectification with a sampled displacement grid.
+ *
+ * The grid is copied; the caller keeps its own. A null array is kept as missing: the conversion refuses it.
+ * @param cam_id Camera 0 or 1; in camera mode 0 camera 1 is set whatever is given.
+ * @param[in] new_intrinsic Intrinsics and output size of the rectified camera.
+ * @param[in] lut Grid; width and height must be multiples of 4 when it is converted.
+ * @param[in] rotation 9 values, row-major: rotation from the camera into the rectified camera.
+ * @param[in] intrinsic fx, fy, cx, cy of the unrectified camera in pixels.
+ * @retval 0 Stored.
+ * @retval -2 A pointer is null or @p cam_id is above 1 in a camera mode other than 0, and nothing changes; or the
+ *            sample rate is below 3 (prints "sample_rate_bit >=3 ! \n" to standard error) or there is no memory, and
+ *            intrinsics and matrix are stored.
+ */
+VQ3900_API int32_t set_rectify_params_map(uint32_t cam_id, const RectifyIntrinsic* new_intrinsic,
+                                          const RectifyLutInfo* lut, const float* rotation, const float* intrinsic);
+
 /** @brief Converts the control flags to the rectification control table. @retval 0 Converted. */
 VQ3900_API int32_t convert_rectify_control_float_to_register(void);
 
 /**
  * @brief Converts the cameras' parameters to their tables.
  *
- * Camera mode 0: camera 1's parameters go into both tables. Other modes: each camera's into its own, camera 1 first.
+ * Camera mode 0: camera 1's parameters go into both tables, its grid into camera 0's LUT information table and the
+ * sections A and B at camera 0's addresses. Other modes: each camera's into its own, camera 1 first. A grid that was
+ * converted is released: converting again needs a new one. Each conversion prints "convert lut_dx from float to
+ * register \n", "convert lut_dy from float to register \n" and "convert lut_dx and lut_dy end \n" to standard output.
  * @retval 0 Converted.
  * @retval -2 Camera mode 0 and camera 1's parameters were never set, or another mode and neither camera's were (prints
  *            "need to set rectify params! \n" to standard error); nothing changes.
+ * @retval -2 A grid is missing (prints "cam_id= %d, dx,dy id null!\n" to standard error), its size is no multiple of 4
+ *            ("lut width and height must be multiples of 4! \n"), or there is no memory; and
+ *            "convert_rectify_lut_float_to_register error!,camera id = %d \n" goes to standard output.
  * @retval 4096 A parameter does not fit its register. The encoder printed which, and
  *              "convert_rectify_commom_float_to_register error!,camera id = %d \n" or
- *              "convert_rectify_kk_float_to_register error!,camera id = %d \n" goes to standard output with the camera
+ *              "convert_rectify_kk_float_to_register error!,camera id = %d \n" or
+ *              "convert_rectify_lut_float_to_register error!,camera id = %d \n" goes to standard output with the camera
  *              whose parameters were converted. Registers before it are converted, the others are unchanged.
  */
 VQ3900_API int32_t convert_rectify_params_to_register_elements(void);
@@ -1749,12 +1956,45 @@ VQ3900_API int32_t convert_rectify_params_to_register_elements(void);
 /**
  * @brief Converts the rectification tables to the parameters and flags.
  *
- * Other modes than 0: camera 1's block, then camera 0's; flags that both share end up as camera 0's. The matrix
- * entries 0, 4 and 8 and the intrinsics are decoded as unsigned numbers.
+ * Other modes than 0: camera 1's block, then camera 0's; flags that both share end up as camera 0's. The matrix entries
+ * 0, 4 and 8 and the intrinsics are decoded as unsigned numbers. Of the control flags the enables of the block's
+ * camera, the LUT and kk switches and start_rows come back, and with camera 1's block the sbg2r bits; the common flag
+ * does not.
  * @param cam_select Camera mode 0: true decodes camera 1's block, false camera 0's, either into camera 1's record.
  * @retval 0 Converted.
  */
 VQ3900_API int32_t convert_rectify_registers_to_float(bool cam_select);
+
+/**
+ * @brief Answers the number of samples of the grid that was given last, of either camera.
+ * @param[out] out Receives lut_width x lut_height.
+ * @retval 0 Copied.
+ * @retval -2 @p out is null.
+ */
+VQ3900_API int32_t de_get_lut_len(uint32_t* out);
+
+/**
+ * @brief Copies the descriptor of a camera's grid.
+ * @param cam_id 1 selects camera 1, any other value camera 0.
+ * @param[out] out Receives it; the two array pointers are null.
+ * @retval 0 Copied.
+ * @retval -2 @p out is null.
+ */
+VQ3900_API int32_t de_get_rectify_lut_params_float(int32_t cam_id, RectifyLutInfo* out);
+
+/**
+ * @brief Hands out the LUT sections of the last conversion and releases them.
+ *
+ * A word is a displacement with 24 bits and 24 fraction bits; the words come in tiles of 4 x 4 samples, tile row by
+ * tile row. Sections that were never prepared, or handed out before, have address and count 0 and no words.
+ * @param[in,out] out @p section_num sections in the order A, B (camera 1: dx, dy), C, D (camera 0). The caller sets
+ *                `data` of each to an array of de_get_lut_len() words, which are all written.
+ * @param section_num 2 or 4.
+ * @retval 0 Handed out.
+ * @retval -2 Another number (prints "start_rows_reg_section_num != 2 ! \n" to standard error), or a pointer is null;
+ *            nothing changes.
+ */
+VQ3900_API int32_t de_copy_rectify_lut_register_section(LutSection* out, uint8_t section_num);
 
 /**
  * @brief Copies enables, rectified intrinsics and control settings.
@@ -1796,14 +2036,15 @@ VQ3900_API int32_t de_update_rectify_params(const DeRectifyParams_S* params, con
 /**
  * @brief Loads a depth-engine configuration file.
  *
- * A section without a key counts as missing. A failed load leaves the sections before the failure loaded, the failing
- * one up to the failing key; the sections basic to gpm are cleared together once mode is read, scheme once gpm is read.
+ * A section without a key counts as missing. A load that fails with -1, with -6 or at the grammar changes nothing. Any
+ * other failure leaves the sections before it loaded and the failing one up to the failing key (extend_chop not at
+ * all); the sections basic to gpm are cleared together once mode is read, scheme once gpm is read.
  * @param path File path, in the encoding of the C library's fopen.
  * @retval 0 Loaded; or the file has no section mode, and nothing changes.
  * @retval -1 The file cannot be opened (prints "Cannot open file", the path and a line end to standard error).
  * @retval -5 The text breaks the INI grammar, or a value is absent or not of its key's type or range. Nothing is
  *            printed; `vq3900-tool check` says what and where.
- * @retval -6 One of mode, basic, disparity, extend_chop, gpm is missing (prints "%s section not found!\n").
+ * @retval -6 One of basic, disparity, extend_chop, gpm is missing (prints "%s section not found!\n").
  * @retval -7 Section mode: a list of the wrong length, or a description longer than 16 bytes.
  * @retval -8 Section basic: a depth unit that is none of the five.
  * @retval -9 Section disparity: a list of the wrong length.
@@ -1821,8 +2062,8 @@ VQ3900_API int32_t load_de_input_configs(const char* path);
  *
  * Camera mode; upsampling; input resolution; rectification status, sbg2r stage and distortion type; D2C configuration;
  * depth unit; hardware D2D; prefilter; extend-chop; matcher; global points. At last ref_dist of the scheme becomes 0 in
- * camera mode 1. Setters whose result is not in the table cannot fail, or their failure is not one of the call. The
- * setters print their own texts.
+ * camera mode 1. The setters print their own texts; a prefilter window or a distortion type that is refused does not
+ * end the call.
  * @retval 0 Applied.
  * @retval -1 The camera mode was refused (prints "set_camera_mode error!\n" to standard output).
  * @retval -2 The rectification status was refused ("set_rectify_status error!\n").
@@ -1847,6 +2088,311 @@ VQ3900_API DRIVER_HELPER_ERRNO de_copy_dpu_mode_config(dpu_mode* out, unsigned i
  * @param[out] out Receives the record. Null: nothing happens.
  */
 VQ3900_API void get_dpu_scheme_config(dpu_scheme_config* out);
+
+/** @} */
+
+/**
+ * @defgroup groups Configuration groups
+ *
+ * An INI text with the number of groups (`num`) and a version in section basic, and the groups in the sections group1,
+ * group2, ...: depth-to-colour output configurations, or automatic-exposure settings of the infrared pre-processing.
+ * docs/configuration.md lists the keys.
+ *
+ * @code{.c}
+ * d2c_cfg_item* items;
+ * int count;
+ * unsigned int version = 0;
+ * if (load_d2c_configs("d2c_groups.ini") != 0) return;
+ * de_get_d2c_config(&items, &count, &version);       // in C++: de_get_d2c_config(items, count, version)
+ * for (int i = 0; i < count; ++i) printf("%.16s\n", items[i].desc);
+ * @endcode
+ * @{
+ */
+
+/** @brief An output parameter: a reference in C++, a pointer in C. The call is the same. */
+#if defined(__cplusplus) && !defined(VQ3900_BUILDING_LIBRARY)
+#define VQ3900_OUT(type) type&
+#else
+#define VQ3900_OUT(type) type*
+#endif
+
+/**
+ * @brief Loads depth-to-colour groups, at most 100.
+ *
+ * Number and version are stored as they are read, each group once it is complete: a failed load leaves the number of
+ * its file and the groups before the failure. Groups beyond the number keep earlier contents.
+ * @param path File path, in the encoding of the C library's fopen.
+ * @retval 0 Loaded.
+ * @retval -1 The file cannot be opened (prints "Cannot open file", the path and a line end to standard error), or one
+ * of these goes there: "Field %s not found in section %s\n" (a required key is absent), "Number of d2c cofiguration not
+ * supported\n" (above 100 or negative), "check section %s error\n" (a group is missing), "string to arrary %s error\n"
+ * (a list of the wrong length), "desc is longer than 16 bytes\n".
+ * @retval -5 The text breaks the INI grammar, or a value is not of its key's type or range. Nothing is printed.
+ */
+VQ3900_API int32_t load_d2c_configs(const char* path);
+
+/**
+ * @brief Hands out the loaded depth-to-colour groups.
+ *
+ * In C the three parameters are pointers; if one of them is null, nothing happens.
+ * @param[out] items Receives the library's own array. It belongs to the library and changes with the next load.
+ * @param[out] count Receives the number of groups.
+ * @param[in,out] version Receives the file's version unless that is 0; packed as by de_copy_dpu_mode_config().
+ */
+VQ3900_API void de_get_d2c_config(VQ3900_OUT(d2c_cfg_item*) items, VQ3900_OUT(int) count,
+                                  VQ3900_OUT(unsigned int) version);
+
+/**
+ * @brief Loads infrared pre-processing groups, at most 10.
+ *
+ * As load_d2c_configs(), with the same texts; the description's key is `dpu_desc`.
+ * @param path File path, in the encoding of the C library's fopen.
+ * @retval 0 Loaded.
+ * @retval -1 See load_d2c_configs(); the text for a number above 10 names D2C as well.
+ * @retval -5 See load_d2c_configs().
+ */
+VQ3900_API int32_t load_ir_pre_configs(const char* path);
+
+/**
+ * @brief Hands out the loaded infrared pre-processing groups. See de_get_d2c_config().
+ * @param[out] items Receives the library's own array.
+ * @param[out] count Receives the number of groups.
+ * @param[in,out] version Receives the file's version unless that is 0.
+ */
+VQ3900_API void de_get_ir_pre_config(VQ3900_OUT(ir_pre_cfg_item*) items, VQ3900_OUT(int) count,
+                                     VQ3900_OUT(unsigned int) version);
+
+/** @} */
+
+/**
+ * @defgroup config_images Configuration images and the parameter snapshot
+ *
+ * Files that the device boots from, and one that a host keeps for itself. docs/formats.md lays them out byte by byte.
+ *
+ * @code{.c}
+ * const char* const configurations[] = {"stereo_1280x800.ini", "mono_640x480.ini"};
+ * de_config_flash_input input = {configurations, 2, "d2c_groups.ini", "ir_pre_groups.ini"};
+ * if (!gen_depth_engine_config_flash_file_de(&input, "config.bin")) return;
+ * // A failure while building also answers true and leaves config.bin empty: look at its size.
+ * @endcode
+ * @{
+ */
+
+/**
+ * @brief Writes the 928-byte register file from the records as they stand.
+ *
+ * Converts the records of basic, D2C, D2D, prefilter, extend-chop, matcher and global points first; their tables
+ * change. Depth constants (the D2D table) are written as last converted.
+ * @param path File to create or replace.
+ * @retval true Written. A full disk goes unseen.
+ * @retval false The file cannot be created (prints "error: create or open file failed, path=%s \n" to standard output;
+ *         nothing changes), or a converter failed (the file is empty); the converters do not fail.
+ */
+VQ3900_API bool gen_depth_engine_config_flash_file(const char* path);
+
+/**
+ * @brief Builds the 16384-byte configuration image: depth-engine configurations, D2C groups, IR-pre groups.
+ *
+ * Every configuration is loaded and applied in turn: afterwards the records hold the last one, or the one that failed.
+ * Without configurations the first 8192 bytes are 0xFF. A section carries the largest version of its files, or the time
+ * of building when that is 0. Each digest prints the ten trace lines of the digest ("Md5_gen step 1!\n" to
+ * "Md5_gen end!\n") to standard output.
+ * @param input What to build from.
+ * @param path File to create or replace.
+ * @retval true The file was created. **It is empty when building failed**, which one of these on standard output says:
+ *         "error: convert dpu configs failed \n" (after "error: load_input_configs, path=%s \n" or
+ *         "error: set_depth_engine_config, path=%s \n", or for more than 8 configurations), "error: convert d2c configs
+ *         failed \n" (after "error: load_input_configs, path=%s \n", or for more than 56 groups), "error: convert
+ *         ir_pre_isp configs failed \n" (after "error: load_input_configs, path=%s \n"). A full disk goes unseen.
+ * @retval false The file cannot be created (prints "error: create or open file failed, path=%s \n" to standard output),
+ *         @p input is null, or there is no memory.
+ */
+VQ3900_API bool gen_depth_engine_config_flash_file_de(de_config_flash_input* input, const char* path);
+
+/**
+ * @brief Saves the records of basic, prefilter, extend-chop, matcher and global points: 462 bytes.
+ * @param path File to create or replace.
+ * @retval 0 Saved. A full disk goes unseen.
+ * @retval -2 The file cannot be created (prints "error: create or open file failed, path=%s \n" to standard output).
+ */
+VQ3900_API int32_t de_export_config_params_to_file(const char* path);
+
+/**
+ * @brief Restores the records that de_export_config_params_to_file() saved, whole and unchecked.
+ *
+ * Nothing is converted or written to the device; register tables, image sizes and the other blocks stay.
+ * @param path File to read.
+ * @retval 0 Restored.
+ * @retval -2 The file cannot be read (prints "error: read file failed, path=%s \n" to standard output) or is not 462
+ *            bytes long ("error: file size\n"). No record changes.
+ */
+VQ3900_API int32_t de_import_config_params_from_file(const char* path);
+
+/** @} */
+
+/**
+ * @defgroup calib_input Calibration input configuration
+ *
+ * An INI text with the sections basic, rectify, d2d and d2c says how a calibration is to be turned into settings.
+ * docs/configuration.md lists the keys.
+ *
+ * @code{.c}
+ * if (load_input_configs_path("calib_input.ini") != 0) return;
+ * set_calib_temp_info(31.5f, 32.0f, 35.0f);
+ * @endcode
+ * @{
+ */
+
+/**
+ * @brief Loads a calibration input configuration from a file.
+ *
+ * A section without a key counts as missing. A failed load leaves what it read before the failure.
+ * @param path File path of at most 256 bytes, in the encoding of the C library's fopen.
+ * @retval 0 Loaded.
+ * @retval -1 The file cannot be opened (prints "Cannot open file ", the path and a line end to standard error).
+ * @retval -2 A section is missing (prints "basic section not found!\n" and so on to standard error) or a required key
+ *            is absent ("Field \"baseline\" not found in section \"basic\"\n" and so on).
+ * @retval -3 The text breaks the INI grammar, or a value is not of its key's type or range (prints "Caught an
+ *            exception: ", the reason and a line end to standard output).
+ * @retval 4096 The path is too long (prints "Error: File name exceeds the maximum length.\n" to standard error).
+ */
+VQ3900_API int32_t load_input_configs_path(const char* path);
+
+/**
+ * @brief Loads a calibration input configuration from its text.
+ * @param content The whole INI text, terminated.
+ * @retval 0,-2,-3 See load_input_configs_path().
+ * @retval -2 @p content is null (prints "Error: config param is invalid.\n" to standard error).
+ */
+VQ3900_API int32_t load_input_configs_content(const char* content);
+
+/** @brief Answers whether the camera type has a mode of its own. @param[out] out Receives 1 for type 2 or 3, else 0. */
+VQ3900_API void get_cam_mode(unsigned char* out);
+/** @brief Answers the setting d2d_params_unit_in_R_en. @param[out] out Receives it. */
+VQ3900_API void get_d2d_params_unit_in_R_en(unsigned char* out);
+/** @brief Answers whether undistortion LUTs are wanted. @return True for distort_type 1 and 2. */
+VQ3900_API bool get_lut_enable_status(void);
+/** @brief Answers the setting mipi_channel_status. @param[out] out Receives it. */
+VQ3900_API void get_mipi_channel_status(unsigned char* out);
+
+/** @} */
+
+/**
+ * @defgroup calibration Calibration
+ *
+ * From the calibration of two IR cameras and a colour camera to rectification, undistortion LUTs, D2C and D2D settings.
+ * docs/conventions.md has frames, signs and units.
+ *
+ * @code{.c}
+ * static void on_step(const char* text, void* user) { fprintf(user, "%s\n", text); }
+ *
+ * int calibrate(CalibrateParamsMulti calibration) {
+ *   DeStereoRectifyParams_S rectification;
+ *   DeCameraD2CParams_S d2c;
+ *   DepthCalcParams_S depth;
+ *   DeLogCallback* log = de_log_callback_create(on_step, stdout);
+ *   int code = load_input_configs_path("calib_input.ini");
+ *   set_calib_temp_info(31.5f, 32.0f, 35.0f);
+ *   if (code == 0) {
+ *     code = align_ir_ir_rgb_params_to_register_converter(calibration, &rectification, &d2c, &depth, log);
+ *   }
+ *   de_log_callback_destroy(log);
+ *   return code;
+ * }
+ * @endcode
+ * @{
+ */
+
+#ifdef __cplusplus
+/** @brief Receives the step messages of a conversion, one text a call, valid during the call. Opaque in C. */
+using DeLogCallback = std::function<void(const char*)>;
+#else
+typedef struct DeLogCallback DeLogCallback;
+#endif
+
+/**
+ * @brief Makes a log callback of a function, for callers that are not C++.
+ * @param fn Called with every text and @p user.
+ * @param user Passed on as it is; may be null. The caller owns it and keeps it until the callback is destroyed.
+ * @return The callback, to be destroyed by de_log_callback_destroy(); null when @p fn is null or there is no memory.
+ */
+VQ3900_API DeLogCallback* de_log_callback_create(void (*fn)(const char* text, void* user), void* user);
+
+/** @brief Destroys a callback of de_log_callback_create(). @param callback Callback, or null: then nothing happens. */
+VQ3900_API void de_log_callback_destroy(DeLogCallback* callback);
+
+/**
+ * @brief Sets the temperatures at calibration; no conversion runs without them.
+ * @param left Left IR camera; at least 1, which the converters check.
+ * @param right Right IR camera; the same.
+ * @param ldm Laser; the same.
+ */
+VQ3900_API void set_calib_temp_info(float left, float right, float ldm);
+
+/**
+ * @brief Puts temperatures and compensation coefficients into a rectification record that is zero otherwise.
+ * @param path Not used.
+ * @param[out] rect Zeroed and, unless a temperature is missing, filled.
+ * @param[out] d2c Not used.
+ * @param[out] depth Not used.
+ * @retval 0 Done.
+ * @retval -2 A temperature is below 1 or NaN (prints "invalid calibration temperature,left:%f,right:%f,ldm:%f" without
+ *            a line end to standard output; @p rect is zero), or @p rect is null.
+ */
+VQ3900_API int32_t cams_calibration_params_to_register_converter(const char* path, DeStereoRectifyParams_S* rect,
+                                                                 DeCameraD2CParams_S* d2c, DepthCalcParams_S* depth);
+
+/**
+ * @brief Turns a calibration into settings: derives rectification, LUTs and D2C, sets the modules, converts their
+ * tables.
+ *
+ * The calibration input configuration must be loaded. It scales and chops both IR cameras, and its baseline is replaced
+ * by the length of T with the sign of its largest component. The camera mode becomes stereo. Corrections of an earlier
+ * calibration are dropped before the new ones are set.
+ *
+ * Each step ends with a message, to standard error with a line end and to @p log without one: "calibration distortion
+ * model: %d", then for each of the steps below "... failed!" or "... successful!".
+ * @param calib The calibration, by value.
+ * @param[out] rect Receives the rectification; zero from the failing step on.
+ * @param[out] d2c Receives the D2C record; null skips the colour camera.
+ * @param[out] depth Receives the constants of the depth calculation.
+ * @param log Receives the messages. Null or empty: std::bad_function_call is raised at the first message. What it
+ *            throws passes through to the caller; the library stays usable.
+ * @retval 0 Everything is derived, set and converted.
+ * @retval -2 A temperature is below 1 or NaN (see above; @p log receives "invalid calibration temperature"); or the
+ *            derivation refused: a value that is not finite, an image size outside 1 to 65535, R without a nearest
+ *            rotation, a corner that cannot be undistorted, a clipped size outside 0 to 65535, or the configured
+ *            baseline points the other way (prints "Baseline sign check error.\n" to standard output) - the message is
+ *            "parse_rectify_d2c_params_from_stereo_with_rgb_calib_params() failed!"; or a setter refused
+ *            ("set_rectify_d2c_params() failed!", and its own text), or @p rect or @p depth is null, or there is no
+ *            memory.
+ * @retval -3 A LUT could not be generated (prints the reason to standard error and "gen left camera undistortion lut
+ *            error.\n" or "gen right camera undistortion lut error.\n" to standard output; the derivation's message).
+ * @retval 4096 A value did not fit its register: "convert_d2d_params_to_register_elements() failed!",
+ *              "convert_rectify_float_to_register_elements() failed!" or "convert_d2c_params_float_to_register()
+ *              failed!". Registers of the steps before are converted.
+ */
+VQ3900_API int32_t align_ir_ir_rgb_params_to_register_converter(CalibrateParamsMulti calib,
+                                                                DeStereoRectifyParams_S* rect, DeCameraD2CParams_S* d2c,
+                                                                DepthCalcParams_S* depth, DeLogCallback* log);
+
+/**
+ * @brief Answers the rectified (virtual) intrinsics of the reference camera as last derived.
+ * @param[out] out Receives them; zeros before the first derivation. Null: nothing happens.
+ */
+VQ3900_API void get_virtual_intrinsic_of_stereo_debug(DeCameraIntrinsic_S* out);
+
+/**
+ * @brief Hands over optimized D2D entries; they are copied and released when an image has been built.
+ * @param[in] items @p count entries; may be null when @p count is 0.
+ * @param count Number of entries; 0 empties the table.
+ * @retval 0 Stored.
+ * @retval -2 @p count is negative, @p items is null and @p count is not 0, or there is no memory; the table is empty.
+ */
+VQ3900_API int32_t set_optimized_d2d_params(DeDepthConfig_S* items, int32_t count);
+
+/** @brief Releases the optimized D2D entries. @retval 0 Always, also when there are none. */
+VQ3900_API int32_t release_optimized_d2d_params(void);
 
 /** @} */
 

@@ -35,7 +35,6 @@ const std::vector<Rule>& rules() {
       {"basic", "rectify_mode", {0, 3}},
       {"basic", "distort_type", {0, 2}},
       {"basic", "d2c_recovery_mode", {0, 2}},
-      {"basic", "d2c_recovery_expand_width", {0, 255.0 / 256.0}},
       {"basic", "depth_sign", {0, 1}},
       {"basic", "depth_unit", {0.1, 1.6, {0.1, 0.2, 0.4, 0.8, 1.6}}},
       {"extend_chop", "extend_tar", {0, 4095}},  // two of the four act through the extended size alone
@@ -66,6 +65,8 @@ AcceptedValues values_of_type(KeyType type) {
   switch (type) {
     case KeyType::kUint8:
       return {0, 255};
+    case KeyType::kInt8:
+      return {-128, 127};
     case KeyType::kUint32:
       return {0, 4294967295.0};
     case KeyType::kUint16List:
@@ -80,6 +81,7 @@ AcceptedValues values_of_type(KeyType type) {
 }
 
 AcceptedValues values_of(const FieldBits& field) {
+  if (field.coding == Coding::kFixedCut) return {0, 1 - std::ldexp(1.0, -field.format.frac_bits)};
   if (field.coding == Coding::kInteger) return {0, std::ldexp(1.0, std::popcount(field.mask)) - 1};
   const double scale = std::ldexp(1.0, -field.format.frac_bits);
   const double half = std::ldexp(scale, static_cast<int>(field.format.width) - 1);
@@ -97,18 +99,6 @@ std::span<const std::string_view> blocks_of(std::string_view section) {
   if (section == "extend_chop") return kExtendChop;
   if (section == "gpm") return kGpm;
   return {};
-}
-
-std::optional<AcceptedValues> register_values(const KeyDescription& key, std::size_t index) {
-  const std::string name = field_name(key, index);
-  for (const std::string_view block_name : blocks_of(key.section)) {
-    const RegisterBlock* const block = find_block(block_name);
-    if (block == nullptr) continue;
-    for (const FieldBits& field : block->fields) {
-      if (field.written() && name == field.name) return values_of(field);
-    }
-  }
-  return std::nullopt;
 }
 
 std::string number_text(double value) {
@@ -139,7 +129,23 @@ AcceptedValues accepted_values(const KeyDescription& key, std::size_t index) {
   for (const Rule& rule : rules()) {
     if (rule.section == key.section && rule.key == key.name) return rule.values;
   }
-  return register_values(key, index).value_or(values_of_type(key.type));
+  const auto field = register_field_of(key, index);
+  return field ? values_of(field->bits) : values_of_type(key.type);
+}
+
+std::optional<KeyField> register_field_of(const KeyDescription& key, std::size_t index) {
+  const std::string name = field_name(key, index);
+  for (const std::string_view block_name : blocks_of(key.section)) {
+    const RegisterBlock* const block = find_block(block_name);
+    if (block == nullptr) continue;
+    for (const FieldBits& field : block->fields) {
+      if (!field.written() || name != field.name) continue;
+      const bool integer = field.coding == Coding::kInteger;
+      const double resolution = integer ? 0 : std::ldexp(0.5, -field.format.frac_bits);
+      return KeyField{field, block->registers()[field.element].address, resolution};
+    }
+  }
+  return std::nullopt;
 }
 
 }  // namespace vq3900::tool

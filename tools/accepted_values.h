@@ -3,11 +3,14 @@
 #define VQ3900_TOOLS_ACCEPTED_VALUES_H
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "config/key_table.h"
+#include "modules/register_field.h"
 
 namespace vq3900::tool {
 
@@ -23,6 +26,14 @@ struct AcceptedValues {
 // The values for a key, of a list for one element: where no rule of its own holds, those that fit its register field,
 // and where it has none, those of its type.
 AcceptedValues accepted_values(const KeyDescription& key, std::size_t index = 0);
+
+// The register field that takes a key's value as it is, of a list one element's.
+struct KeyField {
+  FieldBits bits;
+  std::uint32_t address;
+  double resolution;  // half a step of the field, or 0 for integers
+};
+std::optional<KeyField> register_field_of(const KeyDescription& key, std::size_t index = 0);
 
 }  // namespace vq3900::tool
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commands.h"
+#include "json_output.h"
 #include "register_blocks.h"
 #include "register_report.h"
 #include "tool.h"
@@ -34,8 +35,12 @@ std::string head_text(const DeviceRun& run) {
     return fmt::format("{}x{}", resolution[0], resolution[1]);
   };
   return fmt::format("{}: version 0x{:08X}, input {}, rectified {}, output {}, scheme flags 0x{:02X}\n",
-                     description(run.mode), run.version, size(run.mode.in_ir_res), size(run.mode.rectify_out_valid_res),
-                     size(run.mode.chop_out_res), run.scheme.scheme_flags);
+                     description(run.mode),
+                     run.version,
+                     size(run.mode.in_ir_res),
+                     size(run.mode.rectify_out_valid_res),
+                     size(run.mode.chop_out_res),
+                     run.scheme.scheme_flags);
 }
 
 void print_text(const DeviceRun& run) {
@@ -48,11 +53,15 @@ void print_text(const DeviceRun& run) {
   for (const RunStep& step : run.steps)
     fmt::print("{}", step_line(step));
   if (run.failure() == nullptr) {
-    fmt::print("\n{} of {} registers read back as written\n", run.registers_kept, run.registers_read);
+    fmt::print("\n{} of {} registers of the device hold what was converted\n", run.registers_right, run.registers);
+    fmt::print(
+        "{} of {} configuration values stand in their register fields\n", run.values - run.missing.size(), run.values);
+    for (const std::string& key : run.missing)
+      fmt::print("  not there: {}\n", key);
   }
 }
 
-void print_json(const DeviceRun& run) {
+void print_report(const DeviceRun& run) {
   nlohmann::ordered_json steps = nlohmann::ordered_json::array();
   for (const RunStep& step : run.steps) {
     steps.push_back({{"name", step.name}, {"code", step.code}, {"written", step.written}, {"read", step.read}});
@@ -63,10 +72,21 @@ void print_json(const DeviceRun& run) {
   const nlohmann::ordered_json report{{"description", description(run.mode)},
                                       {"version", run.version},
                                       {"steps", std::move(steps)},
-                                      {"registers_read_back", run.registers_read},
-                                      {"registers_as_written", run.registers_kept},
+                                      {"registers", run.registers},
+                                      {"registers_right", run.registers_right},
+                                      {"values", run.values},
+                                      {"values_missing", run.missing},
                                       {"blocks", std::move(blocks)}};
-  fmt::print("{}\n", report.dump(2));
+  print_json(report);
+}
+
+// What failed, and what can be done about it.
+std::string failure_text(const std::string& config_path, const RunStep& failed) {
+  std::string text = fmt::format("{}: {} failed with code {}", config_path, failed.name, failed.code);
+  const bool geometry = failed.name == "set rig geometry" || failed.code == VQ3900_FIXED_POINT_OVERFLOW;
+  if (geometry) return text + "; --baseline, --focal and --ref-dist (or ref_dist) give the geometry of the rig";
+  if (failed.name == "load configuration" && failed.code == -1) return text;  // the library said why
+  return text + fmt::format("; try 'vq3900-tool check {}'", config_path);
 }
 
 }  // namespace
@@ -76,16 +96,15 @@ int apply_command(const std::string& config_path, const RigGeometry& geometry, b
   const DeviceRun run = run_on_device(config_path, geometry, device);
   fmt::print(stderr, "{}", run.library_output);
   if (json) {
-    print_json(run);
+    print_report(run);
   } else {
     print_text(run);
   }
-  if (const RunStep* const failed = run.failure(); failed != nullptr) {
-    fmt::print(stderr, "vq3900-tool: {}: {} failed with code {}; try 'vq3900-tool check {}'\n", config_path,
-               failed->name, failed->code, config_path);
+  if (run.failure() != nullptr) {
+    fmt::print(stderr, "vq3900-tool: {}\n", failure_text(config_path, *run.failure()));
     return kFailed;
   }
-  return run.registers_kept == run.registers_read ? kDone : kFailed;
+  return run.good() ? kDone : kFailed;
 }
 
 }  // namespace vq3900::tool

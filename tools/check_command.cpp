@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "config/de_input.h"
 #include "config_check.h"
+#include "json_output.h"
 #include "platform/file.h"
 #include "tool.h"
 
@@ -22,6 +23,7 @@ const char* type_text(KeyType type) {
     case KeyType::kBool:
       return "switch";
     case KeyType::kUint8:
+    case KeyType::kInt8:
     case KeyType::kInt:
     case KeyType::kInt32:
     case KeyType::kUint32:
@@ -58,7 +60,13 @@ std::string accepted_text(const KeyDescription& key) {
       break;
   }
   const std::string values = accepted_values(key).text();
-  return key.count > 1 ? fmt::format("{} elements, each {}", key.count, values) : values;
+  if (key.count == 1) return values;
+  std::string text = fmt::format("{} elements, each {}", key.count, values);
+  for (std::size_t i = 1; i < key.count; ++i) {
+    const std::string own = accepted_values(key, i).text();
+    if (own != values && key.type == KeyType::kDoubleList) text += fmt::format("; element {} {}", i, own);
+  }
+  return text;
 }
 
 }  // namespace
@@ -70,18 +78,22 @@ int check_command(const std::string& config_path, bool json) {
     return kFailed;
   }
   const std::vector<Finding> findings = check_config(*text);
-  const auto errors = std::count_if(findings.begin(), findings.end(),
-                                    [](const Finding& finding) { return finding.severity == Severity::kError; });
+  const auto errors = std::count_if(
+      findings.begin(), findings.end(), [](const Finding& finding) { return finding.severity == Severity::kError; });
   const auto warnings = static_cast<std::ptrdiff_t>(findings.size()) - errors;
   if (json) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const Finding& finding : findings)
       list.push_back(finding_json(finding));
-    fmt::print("{}\n", nlohmann::ordered_json{{"file", config_path}, {"errors", errors}, {"findings", list}}.dump(2));
+    print_json(nlohmann::ordered_json{{"file", config_path}, {"errors", errors}, {"findings", list}});
   } else {
     for (const Finding& finding : findings)
       fmt::print("{}\n", finding_line(config_path, finding));
-    fmt::print("{}: {} error{}, {} warning{}\n", config_path, errors, errors == 1 ? "" : "s", warnings,
+    fmt::print("{}: {} error{}, {} warning{}\n",
+               config_path,
+               errors,
+               errors == 1 ? "" : "s",
+               warnings,
                warnings == 1 ? "" : "s");
   }
   return errors == 0 ? kDone : kFailed;
@@ -91,10 +103,18 @@ int keys_command(bool markdown) {
   if (markdown) fmt::print("| section | key | type | needed | accepted |\n|---|---|---|---|---|\n");
   for (const KeyDescription& key : de_input_keys()) {
     if (markdown) {
-      fmt::print("| {} | `{}` | {} | {} | {} |\n", key.section, key.name, type_text(key.type), need_text(key),
+      fmt::print("| {} | `{}` | {} | {} | {} |\n",
+                 key.section,
+                 key.name,
+                 type_text(key.type),
+                 need_text(key),
                  accepted_text(key));
     } else {
-      fmt::print("{:<12} {:<26} {:<17} {:<24} {}\n", key.section, key.name, type_text(key.type), need_text(key),
+      fmt::print("{:<12} {:<26} {:<17} {:<24} {}\n",
+                 key.section,
+                 key.name,
+                 type_text(key.type),
+                 need_text(key),
                  accepted_text(key));
     }
   }

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "accepted_values.h"
+#include "config/c_locale.h"
 #include "config/de_input.h"
 #include "config/field_readers.h"
 
@@ -18,28 +19,48 @@ namespace vq3900::tool {
 
 namespace {
 
-constexpr std::size_t kLongestList = 64;  // elements looked at
-
-// What a key's text holds: numbers to hold against the accepted values, or the reader's complaint.
+// What a key's text holds: numbers to hold against the accepted values, or the complaint.
 struct Reading {
   std::vector<double> numbers;
   std::optional<std::string> complaint;
 };
 
-template <typename Element>
-Reading read_list(std::size_t (*read)(std::string_view, std::span<Element>), std::string_view text,
-                  std::size_t expected) {
-  std::array<Element, kLongestList> elements{};
-  const std::size_t count = read(text, elements);
-  if (count != expected) {
+// An element of a list, strictly: the library itself reads its start and cuts it to the field.
+template <typename Number>
+bool read_element(std::string_view text, Converted<Number> (*convert)(std::string_view), std::vector<double>& numbers) {
+  text = trim(text);
+  const Converted<Number> converted = convert(text);
+  numbers.push_back(static_cast<double>(converted.value));
+  return converted.length == text.size() && converted.length > 0 && !converted.out_of_range;
+}
+
+// A list of numbers in braces. The elements are split as the library splits them: empty ones do not count.
+template <typename Number>
+Reading read_list(std::string_view text, std::size_t expected, Converted<Number> (*convert)(std::string_view)) {
+  Reading reading;
+  const bool braces = text.size() >= 2 && text.front() == '{' && text.back() == '}';
+  std::string_view rest = braces ? text.substr(1, text.size() - 2) : std::string_view{};
+  while (!rest.empty()) {
+    const std::size_t length = std::min(rest.find(','), rest.size());
+    const std::string_view element = rest.substr(0, length);
+    rest.remove_prefix(std::min(length + 1, rest.size()));
+    if (element.empty()) continue;
+    if (!read_element(element, convert, reading.numbers)) {
+      return {{}, fmt::format("'{}' is not a number", trim(element))};
+    }
+  }
+  if (!braces || reading.numbers.size() != expected) {
     return {{},
-            fmt::format("'{}' is not a list of {} numbers in braces, such as {{{}}}", text, expected,
+            fmt::format("'{}' is not a list of {} numbers in braces, such as {{{}}}",
+                        text,
+                        expected,
                         fmt::join(std::vector<int>(expected, 0), ","))};
   }
-  return {{elements.begin(), elements.begin() + static_cast<std::ptrdiff_t>(count)}, {}};
+  return reading;
 }
 
 Reading read_text(std::string_view text, std::size_t most) {
+  if (text.empty()) return {{}, "the text is empty"};
   if (text.size() <= most) return {};
   return {{}, fmt::format("'{}' is longer than {} characters", text, most)};
 }
@@ -50,6 +71,8 @@ Reading read_key(const KeyDescription& key, std::string_view text) {
       return {{read_bool(text) ? 1.0 : 0.0}, {}};
     case KeyType::kUint8:
       return {{static_cast<double>(read_uint8(text))}, {}};
+    case KeyType::kInt8:
+      return {{static_cast<double>(read_int8(text))}, {}};
     case KeyType::kInt:
       return {{static_cast<double>(read_int(text))}, {}};
     case KeyType::kInt32:
@@ -61,13 +84,13 @@ Reading read_key(const KeyDescription& key, std::string_view text) {
     case KeyType::kText:
       return read_text(text, key.count);
     case KeyType::kVersion:
-      return {};
+      return read_version(text) != 0 ? Reading{} : Reading{{}, "the version has no parts"};
     case KeyType::kUint16List:
-      return read_list(string_to_u16_array, text, key.count);
+      return read_list(text, key.count, to_int64);
     case KeyType::kInt32List:
-      return read_list(string_to_s32_array, text, key.count);
+      return read_list(text, key.count, to_int64);
     case KeyType::kDoubleList:
-      return read_list(string_to_double_array, text, key.count);
+      return read_list(text, key.count, to_double);
   }
   return {};
 }
@@ -84,8 +107,8 @@ class Checker {
     check_unknown();
     check_repeated();
     if (!has_errors(findings_)) check_rules();
-    std::stable_sort(findings_.begin(), findings_.end(),
-                     [](const Finding& a, const Finding& b) { return a.line < b.line; });
+    std::stable_sort(
+        findings_.begin(), findings_.end(), [](const Finding& a, const Finding& b) { return a.line < b.line; });
     return std::move(findings_);
   }
 
@@ -114,8 +137,10 @@ class Checker {
     if (field == nullptr) {
       const bool beside = key.beside != nullptr && section.find(key.beside) != nullptr;
       if (key.required || beside) {
-        error(0, place,
-              fmt::format("the key is missing{}; accepted: {}", beside ? fmt::format(" beside {}", key.beside) : "",
+        error(0,
+              place,
+              fmt::format("the key is missing{}; accepted: {}",
+                          beside ? fmt::format(" beside {}", key.beside) : "",
                           expected(key)));
       }
       return;
@@ -139,8 +164,8 @@ class Checker {
     for (std::size_t i = 0; i < reading.numbers.size(); ++i) {
       const AcceptedValues accepted = accepted_values(key, i);
       if (accepted.contains(reading.numbers[i])) continue;
-      error(field.line, place,
-            fmt::format("{:.10g} is out of range; accepted: {}", reading.numbers[i], accepted.text()));
+      error(
+          field.line, place, fmt::format("{:.10g} is out of range; accepted: {}", reading.numbers[i], accepted.text()));
       return;
     }
     values_[place] = {field.line, std::move(reading.numbers)};
@@ -183,7 +208,8 @@ class Checker {
       for (const IniField& field : fields) {
         if (known.contains({name, field.key})) continue;
         const bool old_name = name == "disparity" && field.key == "tile_overlap_y";
-        warn(field.line, fmt::format("{}.{}", name, field.key),
+        warn(field.line,
+             fmt::format("{}.{}", name, field.key),
              old_name ? "never read; the key is tile_overlap_y_traverse" : "no such key; it is ignored");
       }
     }
@@ -191,7 +217,7 @@ class Checker {
 
   void check_repeated() {
     for (const IniField& field : document_.replaced_fields()) {
-      warn(field.line, std::string(field.key), "given again further down; the last value counts");
+      warn(field.line, std::string(field.key), "given again further down in its section; the last value counts");
     }
   }
 
@@ -216,11 +242,13 @@ class Checker {
     const bool stereo = value("basic.cam_mode") == 1;
     const double mode = value("basic.rectify_mode");
     if (stereo && mode < 2) {
-      error(line("basic.rectify_mode"), "basic.rectify_mode",
+      error(line("basic.rectify_mode"),
+            "basic.rectify_mode",
             "a stereo rig (cam_mode 1) rectifies both cameras or none; accepted: 2 or 3");
     }
     if (!stereo && mode == 2) {
-      error(line("basic.rectify_mode"), "basic.rectify_mode",
+      error(line("basic.rectify_mode"),
+            "basic.rectify_mode",
             "a single camera (cam_mode 0) is rectified alone; accepted: 0, 1 or 3");
     }
     if (stereo && value("basic.rotate_90_en") == 1) {
@@ -230,9 +258,10 @@ class Checker {
       warn(line("basic.sbg_en"), "basic.sbg_en", "has no effect while camera 1 is not rectified (rectify_mode 1 or 2)");
     }
     const double depth_mode = values_.contains("basic.depth_mode") ? value("basic.depth_mode") : (stereo ? 1 : 0);
-    if (depth_mode == 0 && !stereo && value("scheme.ref_dist") <= 64) {
-      warn(line("scheme.ref_dist"), "scheme.ref_dist",
-           "depth relative to a reference plane (depth_mode 0) needs its distance; accepted: above 64");
+    if (depth_mode == 0 && !stereo && value("scheme.ref_dist") <= 128) {
+      warn(line("scheme.ref_dist"),
+           "scheme.ref_dist",
+           "depth relative to a reference plane (depth_mode 0) needs its distance; accepted: above 128");
     }
   }
 
@@ -246,14 +275,19 @@ class Checker {
           image + value("extend_chop.extend_tar", 2 * axis) + value("extend_chop.extend_tar", 2 * axis + 1);
       const double chopped = value("extend_chop.chop", 2 * axis) + value("extend_chop.chop", 2 * axis + 1);
       if (extended > 4095) {
-        error(line("extend_chop.extend_tar"), "extend_chop.extend_tar",
+        error(line("extend_chop.extend_tar"),
+              "extend_chop.extend_tar",
               fmt::format("the extended {} is {:.0f}; accepted: up to 4095", of, extended));
       } else if (chopped >= extended) {
-        error(line("extend_chop.chop"), "extend_chop.chop",
+        error(line("extend_chop.chop"),
+              "extend_chop.chop",
               fmt::format("chops {:.0f} off an extended {} of {:.0f}", chopped, of, extended));
       } else if (values_.contains("mode.chop_out_res") && extended - chopped != value("mode.chop_out_res", axis)) {
-        warn(line("mode.chop_out_res"), "mode.chop_out_res",
-             fmt::format("the output {} after chopping is {:.0f}, not {:.0f}", of, extended - chopped,
+        warn(line("mode.chop_out_res"),
+             "mode.chop_out_res",
+             fmt::format("the output {} after chopping is {:.0f}, not {:.0f}",
+                         of,
+                         extended - chopped,
                          value("mode.chop_out_res", axis)));
       }
     }
@@ -266,7 +300,8 @@ class Checker {
     }
     const int columns = std::popcount(any_row);
     if (columns != static_cast<int>(value("gpm.gp_enabled_cols"))) {
-      warn(line("gpm.gp_enabled_cols"), "gpm.gp_enabled_cols",
+      warn(line("gpm.gp_enabled_cols"),
+           "gpm.gp_enabled_cols",
            fmt::format("enable_bits_per_row enables {} columns, not {:.0f}", columns, value("gpm.gp_enabled_cols")));
     }
   }
@@ -284,19 +319,29 @@ class Checker {
 
 }  // namespace
 
+std::vector<double> numbers_of(const KeyDescription& key, std::string_view text) {
+  try {
+    return read_key(key, text).numbers;
+  } catch (const FieldError&) {
+    return {};
+  }
+}
+
 std::vector<Finding> check_config(const std::string& text) {
   IniDocument document;
   try {
     document.parse(text);
   } catch (const IniError& fault) {
-    return {{Severity::kError, fault.line(), "", fault.what()}};
+    const bool mark = text.starts_with("\xEF\xBB\xBF");
+    const char* const hint = mark ? "; the file starts with a byte-order mark, which is not skipped" : "";
+    return {{Severity::kError, fault.line(), "", std::string(fault.what()) + hint}};
   }
   return Checker(document).run();
 }
 
 bool has_errors(const std::vector<Finding>& findings) {
-  return std::any_of(findings.begin(), findings.end(),
-                     [](const Finding& finding) { return finding.severity == Severity::kError; });
+  return std::any_of(
+      findings.begin(), findings.end(), [](const Finding& finding) { return finding.severity == Severity::kError; });
 }
 
 std::string finding_line(const std::string& path, const Finding& finding) {

@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "config/key_table.h"
 
 namespace vq3900::tool {
 
@@ -21,6 +24,9 @@ struct Finding {
 // Everything that keeps the configuration from being loaded and applied as it reads (errors), and what is probably not
 // meant (warnings), in the order of the lines.
 std::vector<Finding> check_config(const std::string& text);
+
+// The numbers of a key's text; none for a text that is not of the key's type.
+std::vector<double> numbers_of(const KeyDescription& key, std::string_view text);
 
 bool has_errors(const std::vector<Finding>& findings);
 

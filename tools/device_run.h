@@ -31,15 +31,20 @@ struct RunStep {
 
 struct DeviceRun {
   std::vector<RunStep> steps;
-  std::string library_output;      // what the library printed to standard output
-  std::size_t registers_read = 0;  // different registers that were written and read back
-  std::size_t registers_kept = 0;  // of these, those that came back as written
+  std::string library_output;        // what the library printed to standard output
+  std::size_t registers = 0;         // registers of all blocks that the device was programmed with
+  std::size_t registers_right = 0;   // of these, those that hold what the library converted
+  std::size_t values = 0;            // values of the configuration that have a register field of their own
+  std::vector<std::string> missing;  // of these, those that the field does not hold: "section.key"
   dpu_mode mode{};
   unsigned int version = 0;
   dpu_scheme_config scheme{};
 
   // The step that failed, if one did: it is the last.
   const RunStep* failure() const { return steps.empty() || steps.back().code == 0 ? nullptr : &steps.back(); }
+
+  // What the configuration asks for and another setting forbids is missing without harm.
+  bool good() const { return failure() == nullptr && registers_right == registers; }
 };
 
 // Runs the steps in order, up to the first that fails.

@@ -45,14 +45,21 @@ std::string register_table(const RegisterBlock& block, std::span<const DeRegElem
     const DeRegElement_S& element = registers[i];
     const std::size_t run = plain_run(block, registers, i);
     if (run >= kShortestRun) {
-      text += fmt::format("  0x{:08X}  mask {:08X}  value {:08X}  and the same up to 0x{:08X}\n", element.address,
-                          element.mask, element.value, registers[i + run - 1].address);
+      text += fmt::format("  0x{:08X}  mask {:08X}  value {:08X}  and the same up to 0x{:08X}\n",
+                          element.address,
+                          element.mask,
+                          element.value,
+                          registers[i + run - 1].address);
       i += run - 1;
       continue;
     }
     const std::string fields = fields_text(block, i, element.value);
-    text += fmt::format("  0x{:08X}  mask {:08X}  value {:08X}{}{}\n", element.address, element.mask, element.value,
-                        fields.empty() ? "" : "  ", fields);
+    text += fmt::format("  0x{:08X}  mask {:08X}  value {:08X}{}{}\n",
+                        element.address,
+                        element.mask,
+                        element.value,
+                        fields.empty() ? "" : "  ",
+                        fields);
   }
   return text;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "commands.h"
+#include "json_output.h"
 #include "register_blocks.h"
 #include "register_report.h"
 #include "tool.h"
@@ -20,7 +21,7 @@ int regs_command(const std::string& block_name, bool json) {
       fmt::print("{}\n", register_table(block, block.registers()));
     }
   }
-  if (json) fmt::print("{}\n", nlohmann::ordered_json{{"blocks", std::move(blocks)}}.dump(2));
+  if (json) print_json(nlohmann::ordered_json{{"blocks", std::move(blocks)}});
   return kDone;
 }
 

@@ -14,7 +14,14 @@ std::int32_t SimDevice::write(DeRegElement_S* elements, std::uint32_t count, voi
 }
 
 std::int32_t SimDevice::attach() {
+  attached_ = true;
   return de_register_read_write_functon(read, write, this);
+}
+
+void SimDevice::detach() {
+  if (!attached_) return;
+  attached_ = false;
+  de_register_read_write_functon(nullptr, nullptr, nullptr);
 }
 
 std::uint32_t SimDevice::peek(std::uint32_t address) const {

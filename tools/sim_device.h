@@ -37,12 +37,18 @@ struct StrayBits {
 
 class SimDevice {
  public:
+  SimDevice() = default;
+  ~SimDevice() { detach(); }
+  SimDevice(const SimDevice&) = delete;
+  SimDevice& operator=(const SimDevice&) = delete;
+
   // The read and write callbacks; their context is the device.
   static std::int32_t read(DeRegElement_S* elements, std::uint32_t count, void* device);
   static std::int32_t write(DeRegElement_S* elements, std::uint32_t count, void* device);
 
-  // Registers this device's callbacks with the library.
+  // Registers this device's callbacks with the library, until detach() or the device's end.
   std::int32_t attach();
+  void detach();
 
   std::uint32_t peek(std::uint32_t address) const;
   void poke(std::uint32_t address, std::uint32_t value) { bank_[address] = value; }
@@ -71,6 +77,7 @@ class SimDevice {
   std::int32_t transfer(Direction direction, DeRegElement_S* elements, std::uint32_t count);
   void store(const DeRegElement_S& element);
 
+  bool attached_ = false;
   std::map<std::uint32_t, std::uint32_t> bank_;
   MaskMode mask_mode_ = MaskMode::kStoreAll;
   std::optional<Failure> failing_;

@@ -47,13 +47,16 @@ int32_t apply_basic(const vq3900::DeInputConfig& input) {
   if (set_rectify_status(camera_0, camera_1, basic.start_rows) != VQ3900_OK) {
     return refuse(-2, "set_rectify_status error!\n");
   }
-  if (set_rectify_sbg2r_config(static_cast<int8_t>(basic.rotate_90_en), basic.rotate_clockwise, basic.sbg_en,
-                               basic.sub_mode_sel) != VQ3900_OK) {
+  if (set_rectify_sbg2r_config(
+          static_cast<int8_t>(basic.rotate_90_en), basic.rotate_clockwise, basic.sbg_en, basic.sub_mode_sel) !=
+      VQ3900_OK) {
     return refuse(-3, "set_rectify_sbg2r_config error!\n");
   }
   set_rectify_kk_lut(basic.distort_type);
-  if (set_d2c_config(static_cast<int32_t>(basic.d2c_recovery_mode), basic.d2c_recovery_expand_width,
-                     bits(basic.d2c_buffer_position), bits(basic.d2c_total_buffer_rows),
+  if (set_d2c_config(static_cast<int32_t>(basic.d2c_recovery_mode),
+                     basic.d2c_recovery_expand_width,
+                     bits(basic.d2c_buffer_position),
+                     bits(basic.d2c_total_buffer_rows),
                      basic.depth_sign) != VQ3900_OK) {
     return refuse(-4, "set_d2c_config_params error!\n");  // named as host software knows it
   }
@@ -75,8 +78,12 @@ int32_t apply_geometry(const vq3900::DeInputConfig& input) {
 void apply_disparity(const vq3900::DeInputDisparity& in) {
   set_depth_engine_win_size(bits(in.win_size));
   set_min_disp(static_cast<int8_t>(in.min_disparity));  // the low byte
-  const DeGrowMatchParams_S grow{bits(in.cost_strong_t), bits(in.cost_weak_t), bits(in.conf_region_t),
-                                 bits(in.conf_strong_t), bits(in.conf_grow_t), bits(in.grow_disp_diff_thr)};
+  const DeGrowMatchParams_S grow{bits(in.cost_strong_t),
+                                 bits(in.cost_weak_t),
+                                 bits(in.conf_region_t),
+                                 bits(in.conf_strong_t),
+                                 bits(in.conf_grow_t),
+                                 bits(in.grow_disp_diff_thr)};
   set_grow_match_params(&grow);
   const DeShadowCheckParams_S shadow{in.shadow_en,
                                      in.shadow_ring_base,
@@ -90,8 +97,8 @@ void apply_disparity(const vq3900::DeInputDisparity& in) {
   set_shadow_check_params(&shadow);
   const DeArmShortParams_S arm{bits(in.arm_len), in.arm_short_en, bits(in.arm_short_mask)};
   set_arm_short_params(&arm);
-  const DeTileParams_S tile{bits(in.tile_width), bits(in.tile_overlap_x), bits(in.tile_overlap_x_fast),
-                            bits(in.tile_overlap_y_traverse)};
+  const DeTileParams_S tile{
+      bits(in.tile_width), bits(in.tile_overlap_x), bits(in.tile_overlap_x_fast), bits(in.tile_overlap_y_traverse)};
   set_tile_width_overlap(&tile);
   const DeSeedParams_S seed{bits(in.max_see_num), bits(in.max_seed_try_num), bits(in.max_seed_valid_try_num)};
   set_seed_params(&seed);
@@ -105,8 +112,13 @@ void apply_gpm(const vq3900::DeInputGpm& in) {
   set_gpm_enable(in.enable);
   set_x_y_coordinates(in.x.data(), in.y.data());
   set_gpm_enable_columns(in.enable_bits_per_row.data(), in.gp_enabled_cols);
-  const DeGpmConfig_S config{bits(in.texture_t0), bits(in.texture_t1), bits(in.active_t), bits(in.ncost_t),
-                             in.hist_dy_dist,     in.gp_ref_dy_t_neg,  in.gp_ref_dy_t};
+  const DeGpmConfig_S config{bits(in.texture_t0),
+                             bits(in.texture_t1),
+                             bits(in.active_t),
+                             bits(in.ncost_t),
+                             in.hist_dy_dist,
+                             in.gp_ref_dy_t_neg,
+                             in.gp_ref_dy_t};
   set_gpm_config(&config, 0);
 }
 

@@ -111,7 +111,8 @@ Converted<Real> to_real(std::string_view text) {
   if (starts_with_no_case(rest, "INFINITY")) return signed_result(kInfinity, 8);
   if (starts_with_no_case(rest, "INF")) return signed_result(kInfinity, 3);
   if (starts_with_no_case(rest, "NAN")) {
-    const auto close = std::find_if_not(rest.begin() + std::min<std::ptrdiff_t>(4, std::ssize(rest)), rest.end(),
+    const auto close = std::find_if_not(rest.begin() + std::min<std::ptrdiff_t>(4, std::ssize(rest)),
+                                        rest.end(),
                                         [](char c) { return c == '_' || digit_value(c) < 36; });
     const bool payload = rest.size() > 3 && rest[3] == '(' && close != rest.end() && *close == ')';
     const auto length = payload ? static_cast<std::size_t>(close - rest.begin()) + 1 : 3;

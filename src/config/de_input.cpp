@@ -220,27 +220,30 @@ std::optional<std::string> read_extend_chop(const IniSection& ini, ExtendChop& e
 LoadResult read_de_input(const IniDocument& document, DeInputConfig& config) {
   if (document.section("mode").empty()) return {};
   for (const char* const name : {"mode", "basic", "disparity", "extend_chop", "gpm"}) {
-    if (document.section(name).empty()) return {-6, std::string(name) + " section not found!"};
+    if (document.section(name).empty()) return {VQ3900_LOAD_NO_SECTION, std::string(name) + " section not found!"};
   }
 
   config.mode = {};
-  if (auto fault = read_section(kModeKeys, document.section("mode"), "mode", config.mode)) return {-7, *fault};
+  if (auto fault = read_section(kModeKeys, document.section("mode"), "mode", config.mode))
+    return {VQ3900_LOAD_MODE, *fault};
 
   config.basic = {};
   config.disparity = {};
   config.extend_chop = {};
   config.gpm = {};
-  if (auto fault = read_section(kBasicKeys, document.section("basic"), "basic", config.basic)) return {-8, *fault};
+  if (auto fault = read_section(kBasicKeys, document.section("basic"), "basic", config.basic))
+    return {VQ3900_LOAD_BASIC, *fault};
   if (auto fault = read_section(kDisparityKeys, document.section("disparity"), "disparity", config.disparity)) {
-    return {-9, *fault};
+    return {VQ3900_LOAD_DISPARITY, *fault};
   }
-  if (auto fault = read_extend_chop(document.section("extend_chop"), config.extend_chop)) return {-10, *fault};
-  if (auto fault = read_section(kGpmKeys, document.section("gpm"), "gpm", config.gpm)) return {-11, *fault};
+  if (auto fault = read_extend_chop(document.section("extend_chop"), config.extend_chop))
+    return {VQ3900_LOAD_EXTEND_CHOP, *fault};
+  if (auto fault = read_section(kGpmKeys, document.section("gpm"), "gpm", config.gpm)) return {VQ3900_LOAD_GPM, *fault};
 
   config.scheme = {};
   const IniSection scheme = document.section("scheme");
   if (scheme.empty()) return {};
-  if (auto fault = read_scheme(scheme, config.basic, config.scheme)) return {-12, *fault};
+  if (auto fault = read_scheme(scheme, config.basic, config.scheme)) return {VQ3900_LOAD_SCHEME, *fault};
   return {};
 }
 

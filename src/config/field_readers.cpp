@@ -111,8 +111,8 @@ std::size_t string_to_double_array(std::string_view text, std::span<double> out)
 
 std::uint32_t read_version(std::string_view text) {
   std::uint32_t version = 0;
-  for_each_piece(text, '.',
-                 [&](std::string_view piece) { version = version << 8 | static_cast<unsigned char>(piece.front()); });
+  for_each_piece(
+      text, '.', [&](std::string_view piece) { version = version << 8 | static_cast<unsigned char>(piece.front()); });
   return version;
 }
 

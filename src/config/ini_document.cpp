@@ -28,8 +28,8 @@ IniError::IniError(std::uint32_t line, const std::string& what)
       line_(line) {}
 
 const IniField* IniSection::find(std::string_view key) const {
-  const auto at = std::lower_bound(fields_.begin(), fields_.end(), key,
-                                   [](const IniField& field, std::string_view k) { return field.key < k; });
+  const auto at = std::lower_bound(
+      fields_.begin(), fields_.end(), key, [](const IniField& field, std::string_view k) { return field.key < k; });
   return at != fields_.end() && at->key == key ? &*at : nullptr;
 }
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -26,6 +27,7 @@ namespace vq3900 {
 enum class KeyType : std::uint8_t {
   kBool,
   kUint8,
+  kInt8,
   kInt,
   kInt32,
   kUint32,
@@ -46,6 +48,7 @@ struct Key {
   const char* fault = nullptr;         // error text of a value that the reader took and the key refuses
   void (*absent)(Section&) = nullptr;  // an optional key's default; null: the key is required
   const char* beside = nullptr;        // looked at only beside this key, and then required
+  std::uint8_t checked_ahead = 1;      // keys, from this one on, whose presence is checked before this one is read
 };
 
 namespace detail {
@@ -54,6 +57,7 @@ template <KeyType Type>
 auto read_value(std::string_view text) {
   if constexpr (Type == KeyType::kBool) return read_bool(text);
   if constexpr (Type == KeyType::kUint8) return read_uint8(text);
+  if constexpr (Type == KeyType::kInt8) return read_int8(text);
   if constexpr (Type == KeyType::kInt) return read_int(text);
   if constexpr (Type == KeyType::kInt32) return read_int32(text);
   if constexpr (Type == KeyType::kUint32) return read_uint32(text);
@@ -124,7 +128,9 @@ constexpr Key<RecordOf<Path...>> list(const char* name, const char* fault) {
   using Section = RecordOf<Path...>;
   using Element = detail::ElementAt<Section, Path...>;
   constexpr std::size_t kCount = detail::extent_at<Section, Path...>();
-  return {name, detail::list_type<Element>(), kCount,
+  return {name,
+          detail::list_type<Element>(),
+          kCount,
           [](Section& section, std::string_view text) {
             std::array<Element, kCount> elements{};
             if (detail::read_array(text, elements) != kCount) return false;
@@ -140,12 +146,16 @@ constexpr Key<RecordOf<Path...>> signed_list(const char* name, const char* fault
   using Section = RecordOf<Path...>;
   using Element = detail::ElementAt<Section, Path...>;
   constexpr std::size_t kCount = detail::extent_at<Section, Path...>();
-  return {name, KeyType::kInt32List, kCount,
+  return {name,
+          KeyType::kInt32List,
+          kCount,
           [](Section& section, std::string_view text) {
             std::array<std::int32_t, kCount> elements{};
             if (string_to_s32_array(text, elements) != kCount) return false;
-            std::transform(elements.begin(), elements.end(), std::begin(walk<Path...>(section)),
-                           [](std::int32_t element) { return static_cast<Element>(element); });
+            std::transform(
+                elements.begin(), elements.end(), std::begin(walk<Path...>(section)), [](std::int32_t element) {
+                  return static_cast<Element>(element);
+                });
             return true;
           },
           fault};
@@ -156,7 +166,9 @@ template <auto... Path>
 constexpr Key<RecordOf<Path...>> text(const char* name, const char* fault) {
   using Section = RecordOf<Path...>;
   constexpr std::size_t kRoom = detail::extent_at<Section, Path...>();
-  return {name, KeyType::kText, kRoom,
+  return {name,
+          KeyType::kText,
+          kRoom,
           [](Section& section, std::string_view value) {
             if (value.size() > kRoom) return false;
             std::copy(value.begin(), value.end(), std::begin(walk<Path...>(section)));
@@ -172,14 +184,36 @@ constexpr Key<Section> optional(Key<Section> key, void (*absent)(std::type_ident
   return key;
 }
 
+// This key and the next ones are checked for presence together, before this one is read.
+template <typename Section>
+constexpr Key<Section> checked_with_next(Key<Section> key, std::uint8_t count) {
+  key.checked_ahead = count;
+  return key;
+}
+
 // What the absence of a required key means.
 enum class MissingKey : std::uint8_t {
   kReadAsEmpty,  // its reader gets an empty text and decides
   kFault,        // the section ends with "Field %s not found in section %s"
+  kQuotedFault,  // the same with key and section in double quotes
 };
 
 inline std::string missing_key_text(std::string_view key, std::string_view section) {
   return std::string("Field ").append(key).append(" not found in section ").append(section);
+}
+
+inline std::string quoted(std::string_view text) {
+  return std::string("\"").append(text).append("\"");
+}
+
+// The fault of a required key that is absent, or nothing.
+template <typename Section>
+std::optional<std::string> absence_fault(const Key<Section>& key, const IniSection& ini, std::string_view section_name,
+                                         MissingKey missing) {
+  const bool required = key.beside != nullptr || (missing != MissingKey::kReadAsEmpty && key.absent == nullptr);
+  if (!required || ini.find(key.name) != nullptr) return std::nullopt;
+  if (missing == MissingKey::kQuotedFault) return missing_key_text(quoted(key.name), quoted(section_name));
+  return missing_key_text(key.name, section_name);
 }
 
 // Reads the rows in order into the record, which keeps what was read before a fault. The error text of the fault, or
@@ -188,18 +222,18 @@ template <typename Section, std::size_t Count>
 std::optional<std::string> read_section(const std::array<Key<Section>, Count>& keys, const IniSection& ini,
                                         std::string_view section_name, Section& section,
                                         MissingKey missing = MissingKey::kReadAsEmpty) {
-  for (const Key<Section>& key : keys) {
+  for (std::size_t i = 0; i < Count; ++i) {
+    const Key<Section>& key = keys[i];
     if (key.beside != nullptr && ini.find(key.beside) == nullptr) continue;
+    for (const Key<Section>& checked : std::span{keys}.subspan(i, key.checked_ahead)) {
+      if (auto fault = absence_fault(checked, ini, section_name, missing)) return fault;
+    }
     const IniField* const field = ini.find(key.name);
     if (field == nullptr && key.absent != nullptr) {
       key.absent(section);
-      continue;
+    } else if (!key.read(section, field == nullptr ? std::string_view{} : field->value)) {
+      return key.fault;
     }
-    if (field == nullptr && (missing == MissingKey::kFault || key.beside != nullptr)) {
-      return missing_key_text(key.name, section_name);
-    }
-    const std::string_view text = field == nullptr ? std::string_view{} : field->value;
-    if (!key.read(section, text)) return key.fault;
   }
   return std::nullopt;
 }

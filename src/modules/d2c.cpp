@@ -1,20 +1,12 @@
 #include "modules/d2c.h"
 
-#include <cmath>
-
 namespace vq3900 {
 
 namespace {
 
 constexpr std::uint8_t kCtrl = element_at(startup::kBasicCtrl, 0x50001200);
 constexpr std::uint8_t kExpand = element_at(startup::kBasicCtrl, 0x5000120C);
-constexpr std::uint32_t kDepthModeMask = 0x80000000;
 constexpr std::uint32_t kCameraModeMask = 0x000000FF;
-
-constexpr Field<D2cConfig> kExpandWidth{
-    {"d2c_recovery_expand_width", kExpand, 0x000000FF},
-    [](const D2cConfig& config) { return std::trunc(widen(config.d2c_recovery_expand_width) * 256.0 + 0.5); },
-    [](D2cConfig& config, double value) { config.d2c_recovery_expand_width = static_cast<float>(value * 0.00390625); }};
 
 constexpr auto kCtrlFields = std::to_array<Field<D2cConfig>>({
     integer<&D2cConfig::d2c_buffer_position>("d2c_buffer_position", kCtrl, 0x00000FFF),
@@ -26,9 +18,17 @@ constexpr auto kCtrlFields = std::to_array<Field<D2cConfig>>({
     read_only(integer<&D2cConfig::recovery_mode_1>("recovery_mode_1", kCtrl, 0x08000000)),
     read_only(integer<&D2cConfig::recovery_mode_2>("recovery_mode_2", kCtrl, 0x10000000)),
     integer<&D2cConfig::depth_sign>("depth_sign", kCtrl, 0x40000000),
-    kExpandWidth,
+    fixed<&D2cConfig::d2c_recovery_expand_width>("d2c_recovery_expand_width", kExpand, 0x000000FF, {8, 8},
+                                                 Coding::kFixedCut),
 });
 static_assert(well_formed(kCtrlFields, startup::kBasicCtrl));
+
+// The depth mode of the basic record goes into the D2C control register; what is read back there is the camera mode.
+constexpr auto kDepthModeFields = std::to_array<Field<DeBasicParams_S>>({
+    write_only(integer<&DeBasicParams_S::depth_mode>("depth_mode", kCtrl, 0x80000000)),
+});
+static_assert(well_formed(kDepthModeFields, startup::kBasicCtrl));
+static_assert(disjoint(kCtrlFields, kDepthModeFields));
 
 template <std::size_t Index>
 constexpr Field<D2cState> entry(const char* name, std::int32_t frac_bits) {
@@ -59,6 +59,10 @@ std::span<const Field<D2cState>> d2c_projection_fields() {
 
 std::span<const Field<D2cConfig>> d2c_ctrl_fields() {
   return kCtrlFields;
+}
+
+std::span<const Field<DeBasicParams_S>> d2c_depth_mode_fields() {
+  return kDepthModeFields;
 }
 
 // With depth intrinsics d, colour intrinsics c and the pose R, T, a depth pixel (u, v) at depth z is the point
@@ -122,9 +126,8 @@ void decode_projection(const RegisterTables& tables, D2cState& d2c) {
   decode_fields(kProjectionFields, tables.d2c, d2c);
 }
 
-void encode_d2c_ctrl(const D2cConfig& config, std::uint8_t depth_mode, RegisterTables& tables) {
-  std::uint32_t& value = tables.basic_ctrl[kCtrl].value;
-  value = set_reg_field(depth_mode, value, kDepthModeMask);
+void encode_d2c_ctrl(const D2cConfig& config, const DeBasicParams_S& basic, RegisterTables& tables) {
+  encode_fields(kDepthModeFields, basic, tables.basic_ctrl, nullptr);
   encode_fields(kCtrlFields, config, tables.basic_ctrl, nullptr);
 }
 

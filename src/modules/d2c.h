@@ -19,6 +19,7 @@ using Projection = std::array<double, 12>;  // W0 to W11, 3x4 row-major
 
 std::span<const Field<D2cState>> d2c_projection_fields();
 std::span<const Field<D2cConfig>> d2c_ctrl_fields();
+std::span<const Field<DeBasicParams_S>> d2c_depth_mode_fields();
 
 // W from depth and colour intrinsics (fx, fy, cx, cy) and the pose from depth to colour (R row-major, T).
 Projection d2c_projection(std::span<const float, 4> depth, std::span<const float, 4> color,
@@ -31,7 +32,7 @@ void set_recovery_mode(std::int32_t mode, float expand_width, D2cConfig& config)
 bool encode_projection(const D2cState& d2c, RegisterTables& tables, OverflowHandler on_overflow);
 void decode_projection(const RegisterTables& tables, D2cState& d2c);
 
-void encode_d2c_ctrl(const D2cConfig& config, std::uint8_t depth_mode, RegisterTables& tables);
+void encode_d2c_ctrl(const D2cConfig& config, const DeBasicParams_S& basic, RegisterTables& tables);
 void decode_d2c_ctrl(const RegisterTables& tables, D2cConfig& config);
 
 // The camera mode as the D2C read-back takes it, from the low byte of the register that holds the buffer position.

@@ -45,9 +45,9 @@ int32_t set_d2c_params(int32_t recovery_mode, float expand_width, uint32_t buffe
 
 int32_t set_d2c_calib_params(const float* depth_intrinsic, const float* color_intrinsic, const float* extrinsic) {
   if (depth_intrinsic == nullptr || color_intrinsic == nullptr || extrinsic == nullptr) return VQ3900_ERROR_ARGUMENT;
-  engine().d2c.w =
-      vq3900::d2c_projection(std::span<const float, 4>{depth_intrinsic, 4},
-                             std::span<const float, 4>{color_intrinsic, 4}, std::span<const float, 12>{extrinsic, 12});
+  engine().d2c.w = vq3900::d2c_projection(std::span<const float, 4>{depth_intrinsic, 4},
+                                          std::span<const float, 4>{color_intrinsic, 4},
+                                          std::span<const float, 12>{extrinsic, 12});
   return VQ3900_OK;
 }
 
@@ -66,7 +66,7 @@ int32_t de_update_d2c_config(const D2cConfig* config) {
 }
 
 int32_t convert_d2c_ctrl_to_register_elements(void) {
-  vq3900::encode_d2c_ctrl(engine().d2c.config, engine().basic.depth_mode, engine().registers);
+  vq3900::encode_d2c_ctrl(engine().d2c.config, engine().basic, engine().registers);
   return VQ3900_OK;
 }
 

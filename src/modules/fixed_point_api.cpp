@@ -44,8 +44,11 @@ void print_overflow(const FixedOverflow& overflow) {
   const auto result = static_cast<std::uint32_t>(overflow.rounded & overflow.limit);
   // "dingdianhua value" is the scaled number.
   print_out("current lut value: %s; dingdianhua value: %s; m_fp: %s; return value: %s; max value: %s \n",
-            FixedText(overflow.value).c_str(), FixedText(overflow.scaled).c_str(),
-            DecimalText(overflow.rounded).c_str(), DecimalText(result).c_str(), DecimalText(overflow.limit).c_str());
+            FixedText(overflow.value).c_str(),
+            FixedText(overflow.scaled).c_str(),
+            DecimalText(overflow.rounded).c_str(),
+            DecimalText(result).c_str(),
+            DecimalText(overflow.limit).c_str());
   print_out("error code 01: value overflow in %s \n", overflow.name == nullptr ? "(null)" : overflow.name);
 }
 

@@ -15,29 +15,22 @@ consteval std::uint8_t at(std::uint32_t address) {
   return element_at(startup::kGpm, address);
 }
 
-// The enabled columns in ascending order, one nibble an entry, the first entry in the lowest nibble, zeros behind.
-std::uint64_t pack_columns(const Params& params) {
-  std::uint64_t packed = 0;
-  unsigned shift = 0;
-  for (std::uint64_t column = 0; column < kColumns; ++column) {
+// The entry of the column list: the enabled columns in ascending order, zeros behind.
+std::uint32_t list_entry(const Params& params, std::size_t entry) {
+  for (std::uint32_t column = 0; column < kColumns; ++column) {
     if (params.gp_col_enabled[column] != 1) continue;
-    packed |= column << shift;
-    shift += 4;
+    if (entry == 0) return column;
+    --entry;
   }
-  return packed;
+  return 0;
 }
 
-// Flags the first entries of the column list. The list has 16 entries, whatever number the device reports.
-void unpack_columns(std::uint64_t packed, Params& params) {
-  for (std::uint8_t& flag : params.gp_col_enabled)
-    flag = 0;
-  for (std::size_t i = 0; i < params.gp_enabled_cols && i < kColumns; ++i) {
-    params.gp_col_enabled[(packed >> (4 * i)) & 0xF] = 1;
-  }
+template <std::size_t Entry>
+constexpr Field<Params> column(std::uint8_t element, const char* name) {
+  constexpr std::uint32_t kNibble = 0xFU << (4 * (Entry % 8));
+  return derived<Params>(
+      name, element, kNibble, [](const Params& params) -> double { return list_entry(params, Entry); });
 }
-
-constexpr std::uint8_t kColumnsLow = at(0x5000136C);
-constexpr std::uint8_t kColumnsHigh = at(0x50001370);
 
 constexpr std::uint32_t kHighCoordinate = 0x00FFF000;
 constexpr std::uint32_t kLowCoordinate = 0x00000FFF;
@@ -106,45 +99,93 @@ constexpr auto kFields = std::to_array<Field<Params>>({
     integer<&Params::active_t>("active_t", at(0x50001364), 0x001FF000),
     integer<&Params::ncost_t>("ncost_t", at(0x50001364), 0x000003FF),
 
-    derived<Params>("column list 0-7", kColumnsLow, 0xFFFFFFFF,
-                    [](const Params& params) -> double { return static_cast<std::uint32_t>(pack_columns(params)); }),
-    derived<Params>(
-        "column list 8-15", kColumnsHigh, 0xFFFFFFFF,
-        [](const Params& params) -> double { return static_cast<std::uint32_t>(pack_columns(params) >> 32); }),
+    column<0>(at(0x5000136C), "column_list[0]"),
+    column<1>(at(0x5000136C), "column_list[1]"),
+    column<2>(at(0x5000136C), "column_list[2]"),
+    column<3>(at(0x5000136C), "column_list[3]"),
+    column<4>(at(0x5000136C), "column_list[4]"),
+    column<5>(at(0x5000136C), "column_list[5]"),
+    column<6>(at(0x5000136C), "column_list[6]"),
+    column<7>(at(0x5000136C), "column_list[7]"),
+    column<8>(at(0x50001370), "column_list[8]"),
+    column<9>(at(0x50001370), "column_list[9]"),
+    column<10>(at(0x50001370), "column_list[10]"),
+    column<11>(at(0x50001370), "column_list[11]"),
+    column<12>(at(0x50001370), "column_list[12]"),
+    column<13>(at(0x50001370), "column_list[13]"),
+    column<14>(at(0x50001370), "column_list[14]"),
+    column<15>(at(0x50001370), "column_list[15]"),
 
     integer<&Params::hist_dy_dist>("hist_dy_dist", at(0x50001374), 0x0000001F),
     integer<&Params::gpm_config_flag>("gpm_config_flag", at(0x50001374), 0x00000100),
 });
 static_assert(well_formed(kFields, startup::kGpm));
 
-// A status field: its bits, and the width that its sign is decoded with (0: unsigned). Three fields are wider than the
-// 6 bits that the device's sign rule uses.
-struct StatusField {
-  std::uint32_t mask;
-  std::uint32_t signed_width;
-};
-
-constexpr std::array<StatusField, 2> kStatusOfElement0{{{0xFFF00000, 12}, {0x0001FF00, 0}}};
-constexpr std::array<StatusField, 3> kStatusOfElement1{{{0xFFF00000, 12}, {0x000FC000, 6}, {0x00001FFF, 6}}};
-constexpr std::array<StatusField, 3> kTriple{{{0x1FF00000, 0}, {0x0007FFC0, 6}, {0x0000001F, 0}}};
-constexpr std::array<StatusField, 3> kPoint{{{0x000003FF, 0}, {0xFF000000, 6}, {0x007FF000, 0}}};
-
-constexpr std::size_t kFirstTriple = 2;
-constexpr std::size_t kFirstPoint = 5;
-
-template <std::size_t Count>
-void decode_status(const std::array<StatusField, Count>& fields, const DeRegElement_S& element, std::int32_t* out) {
-  for (const StatusField& field : fields) {
-    const std::uint32_t bits = get_reg_field(element.value, field.mask);
-    const double value = field.signed_width == 0 ? bits : decode_signed(bits, field.signed_width, 0);
-    *out++ = static_cast<std::int32_t>(value);
+// Flags the columns of the first entries of the list. It has 16 entries, whatever number the device reports.
+void flag_columns(const RegisterTables& tables, Params& params) {
+  for (std::uint8_t& flag : params.gp_col_enabled)
+    flag = 0;
+  std::size_t entry = 0;
+  for (const FieldBits& field : kFields) {
+    if (field.element != at(0x5000136C) && field.element != at(0x50001370)) continue;
+    if (entry++ >= params.gp_enabled_cols) break;
+    params.gp_col_enabled[get_reg_field(tables.gpm[field.element].value, field.mask)] = 1;
   }
+}
+
+consteval std::uint8_t status_at(std::uint32_t address) {
+  return element_at(startup::kGpStatus, address);
+}
+
+using Status = DeGpStatusParams_S;
+
+// A status word: unsigned, or with the sign that the device's rule takes from a width. Three fields are wider than the
+// 6 bits of that rule.
+template <auto... Path>
+constexpr Field<Status> unsigned_status(const char* name, std::uint8_t element, std::uint32_t mask) {
+  return read_only(integer<Path...>(name, element, mask));
+}
+template <auto... Path>
+constexpr Field<Status> signed_status(const char* name, std::uint8_t element, std::uint32_t mask, std::uint32_t width) {
+  return read_only(fixed<Path...>(name, element, mask, {width, 0}));
+}
+
+constexpr auto kStatusFields = std::to_array<Field<Status>>({
+    signed_status<&Status::status, 0>("status[0]", status_at(0x5000137C), 0xFFF00000, 12),
+    unsigned_status<&Status::status, 1>("status[1]", status_at(0x5000137C), 0x0001FF00),
+    signed_status<&Status::status, 2>("status[2]", status_at(0x50001380), 0xFFF00000, 12),
+    signed_status<&Status::status, 3>("status[3]", status_at(0x50001380), 0x000FC000, 6),
+    signed_status<&Status::status, 4>("status[4]", status_at(0x50001380), 0x00001FFF, 6),
+    unsigned_status<&Status::triple, 0, 0>("triple[0][0]", status_at(0x50001384), 0x1FF00000),
+    signed_status<&Status::triple, 0, 1>("triple[0][1]", status_at(0x50001384), 0x0007FFC0, 6),
+    unsigned_status<&Status::triple, 0, 2>("triple[0][2]", status_at(0x50001384), 0x0000001F),
+    unsigned_status<&Status::triple, 1, 0>("triple[1][0]", status_at(0x50001388), 0x1FF00000),
+    signed_status<&Status::triple, 1, 1>("triple[1][1]", status_at(0x50001388), 0x0007FFC0, 6),
+    unsigned_status<&Status::triple, 1, 2>("triple[1][2]", status_at(0x50001388), 0x0000001F),
+    unsigned_status<&Status::triple, 2, 0>("triple[2][0]", status_at(0x5000138C), 0x1FF00000),
+    signed_status<&Status::triple, 2, 1>("triple[2][1]", status_at(0x5000138C), 0x0007FFC0, 6),
+    unsigned_status<&Status::triple, 2, 2>("triple[2][2]", status_at(0x5000138C), 0x0000001F),
+});
+static_assert(well_formed(kStatusFields, startup::kGpStatus));
+
+// The words of the single points have all one form.
+constexpr std::size_t kFirstPoint = status_at(0x50001400);
+constexpr std::uint32_t kPointWidth = 6;  // of the second word's sign, which its 8 bits exceed
+
+void decode_point(std::uint32_t value, std::int32_t (&point)[3]) {
+  point[0] = static_cast<std::int32_t>(get_reg_field(value, 0x000003FF));
+  point[1] = static_cast<std::int32_t>(decode_signed(get_reg_field(value, 0xFF000000), kPointWidth, 0));
+  point[2] = static_cast<std::int32_t>(get_reg_field(value, 0x007FF000));
 }
 
 }  // namespace
 
 std::span<const Field<DeGpmParams_S>> gpm_fields() {
   return kFields;
+}
+
+std::span<const Field<DeGpStatusParams_S>> gp_status_fields() {
+  return kStatusFields;
 }
 
 void enable_columns(std::span<const std::uint16_t, 16> bits_per_row, DeGpmParams_S& params) {
@@ -164,19 +205,13 @@ void encode_gpm(const DeGpmParams_S& params, RegisterTables& tables) {
 
 void decode_gpm(const RegisterTables& tables, DeGpmParams_S& params) {
   decode_fields(kFields, tables.gpm, params);
-  const std::uint64_t high = tables.gpm[kColumnsHigh].value;
-  unpack_columns(high << 32 | tables.gpm[kColumnsLow].value, params);
+  flag_columns(tables, params);
 }
 
 void decode_gp_status(const RegisterTables& tables, DeGpStatusParams_S& status) {
-  const auto& table = tables.gp_status;
-  decode_status(kStatusOfElement0, table[0], &status.status[0]);
-  decode_status(kStatusOfElement1, table[1], &status.status[kStatusOfElement0.size()]);
-  for (std::size_t i = 0; i < std::size(status.triple); ++i) {
-    decode_status(kTriple, table[kFirstTriple + i], status.triple[i]);
-  }
+  decode_fields(kStatusFields, tables.gp_status, status);
   for (std::size_t i = 0; i < std::size(status.point); ++i) {
-    decode_status(kPoint, table[kFirstPoint + i], status.point[i]);
+    decode_point(tables.gp_status[kFirstPoint + i].value, status.point[i]);
   }
 }
 

@@ -13,6 +13,8 @@
 namespace vq3900 {
 
 std::span<const Field<DeGpmParams_S>> gpm_fields();
+// The status words before those of the single points.
+std::span<const Field<DeGpStatusParams_S>> gp_status_fields();
 
 // Stores the row patterns and flags every column that any row enables.
 void enable_columns(std::span<const std::uint16_t, 16> bits_per_row, DeGpmParams_S& params);

@@ -32,32 +32,50 @@ constexpr auto kFields = std::to_array<Field<PrefilterState>>({
 });
 static_assert(well_formed(kFields, startup::kPrefilter));
 
-// What a window size brings with it: a code beside the size, and the words of the coefficient registers.
-struct CoefficientSet {
-  std::uint8_t size;
-  std::uint32_t size_code;
-  std::array<std::uint32_t, 15> words;
-};
+constexpr auto kSetFields = std::to_array<Field<CoefficientSet>>({
+    write_only(integer<&CoefficientSet::size_code>("size_code", at(0x50001080), 0x00007FFF)),
+});
+static_assert(well_formed(kSetFields, startup::kPrefilter));
+static_assert(disjoint(kFields, kSetFields));
 
-constexpr std::uint8_t kSizeCode = at(0x50001080);
-constexpr std::uint32_t kSizeCodeMask = 0x00007FFF;
 constexpr std::uint8_t kFirstCoefficient = at(0x50001084);
 
 constexpr std::array kCoefficientSets{
     CoefficientSet{5, 0x34, {0x21D3019C, 0x1EEC5782, 0x06D78588, 0x1870D763, 0x25CAC26A, 0x55555555}},
     CoefficientSet{7,
                    0x3A0,
-                   {0x16BA2FDE, 0x18AC1B10, 0x11F4E3CF, 0x1667058C, 0x039FBFC9, 0x1A70855A, 0x148FBE2A, 0x042DBABA,
-                    0x29DCBECF, 0x3CF3CF3C}},
+                   {0x16BA2FDE,
+                    0x18AC1B10,
+                    0x11F4E3CF,
+                    0x1667058C,
+                    0x039FBFC9,
+                    0x1A70855A,
+                    0x148FBE2A,
+                    0x042DBABA,
+                    0x29DCBECF,
+                    0x3CF3CF3C}},
     CoefficientSet{9,
                    0x7300,
-                   {0x10D97EFA, 0x12F90ED0, 0x124A2A95, 0x12F9925A, 0x0DA35BBF, 0x01F0E01E, 0x11BD10E5, 0x07C38F18,
-                    0x0AB80EFF, 0x1DD2BEC4, 0x11059EF7, 0x05131DFB, 0x10420E02, 0x260DE270, 0x2F684BDA}},
+                   {0x10D97EFA,
+                    0x12F90ED0,
+                    0x124A2A95,
+                    0x12F9925A,
+                    0x0DA35BBF,
+                    0x01F0E01E,
+                    0x11BD10E5,
+                    0x07C38F18,
+                    0x0AB80EFF,
+                    0x1DD2BEC4,
+                    0x11059EF7,
+                    0x05131DFB,
+                    0x10420E02,
+                    0x260DE270,
+                    0x2F684BDA}},
 };
 
 const CoefficientSet* find_set(std::int32_t size) {
-  const auto* const found = std::find_if(kCoefficientSets.begin(), kCoefficientSets.end(),
-                                         [size](const CoefficientSet& set) { return set.size == size; });
+  const auto* const found = std::find_if(
+      kCoefficientSets.begin(), kCoefficientSets.end(), [size](const CoefficientSet& set) { return set.size == size; });
   return found == kCoefficientSets.end() ? nullptr : found;
 }
 
@@ -80,12 +98,15 @@ std::span<const Field<PrefilterState>> prefilter_fields() {
   return kFields;
 }
 
+std::span<const Field<CoefficientSet>> coefficient_set_fields() {
+  return kSetFields;
+}
+
 void encode_prefilter(const PrefilterState& prefilter, RegisterTables& tables) {
   encode_fields(kFields, prefilter, tables.prefilter, nullptr);
   const CoefficientSet* const set = find_set(prefilter.params.pre_win_size);
   if (set == nullptr) return;  // a restored record may hold any size
-  std::uint32_t& value = tables.prefilter[kSizeCode].value;
-  value = set_reg_field(set->size_code, value, kSizeCodeMask);
+  encode_fields(kSetFields, *set, tables.prefilter, nullptr);
   for (std::size_t i = 0; i < set->words.size(); ++i)
     tables.prefilter[kFirstCoefficient + i].value = set->words[i];
 }

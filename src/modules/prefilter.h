@@ -4,6 +4,7 @@
 
 #include "vq3900_depth_engine.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -23,7 +24,15 @@ bool prefilter_size_supported(std::int32_t size);
 // The size of the prefilter's image, from resolution, rotation and upsampling of the basic block.
 ImageSize prefilter_image_size(const DeBasicParams_S& basic);
 
+// What a window size brings with it: a code beside the size, and the words of the coefficient registers.
+struct CoefficientSet {
+  std::uint8_t size;
+  std::uint32_t size_code;
+  std::array<std::uint32_t, 15> words;
+};
+
 std::span<const Field<PrefilterState>> prefilter_fields();
+std::span<const Field<CoefficientSet>> coefficient_set_fields();
 
 void encode_prefilter(const PrefilterState& prefilter, RegisterTables& tables);
 void decode_prefilter(const RegisterTables& tables, PrefilterState& prefilter);

@@ -109,26 +109,56 @@ RectifyStep encode_kk(const Camera& camera, Table& table, OverflowHandler on_ove
   return fits ? RectifyStep::kDone : RectifyStep::kKk;
 }
 
-RectifyConversion encode_single_camera(const State& rectify, RegisterTables& tables, OverflowHandler on_overflow) {
+// A camera's grid into a LUT information table and two sections; without a grid nothing happens. The grid is released.
+LutFault encode_map(RectifyLutState& luts, std::size_t camera, const LutTarget& target, const LutEvents& events) {
+  RectifyLut& lut = luts.camera[camera];
+  if (!lut.map_set) return LutFault::kNone;
+  const LutFault fault = encode_lut(lut, luts.camera[1].info.sample_rate_bit, target, events);
+  if (fault == LutFault::kNone) release_grid(lut);
+  return fault;
+}
+
+RectifyConversion encode_single_camera(const State& rectify, RectifyLutState& luts, RegisterTables& tables,
+                                       const LutEvents& events) {
   const Camera& camera = rectify.camera[1];
-  if (!camera.kk_set) return {RectifyStep::kParametersMissing};
+  const bool map_set = luts.camera[1].map_set;
+  if (!camera.kk_set && !map_set) return {RectifyStep::kParametersMissing};
   for (const auto encode : {encode_common, encode_kk}) {
     for (Table& table : tables.rectify) {
-      const RectifyStep step = encode(camera, table, on_overflow);
+      const RectifyStep step = encode(camera, table, events.on_overflow);
       if (step != RectifyStep::kDone) return {step, 1};
     }
   }
+  if (!map_set) return {};
+  if (!prepare_sections(luts)) return {RectifyStep::kLut, 1, LutFault::kNoMemory};
+  auto& [info_0, info_1] = tables.rectify_lut_info;
+  const LutTarget target{info_0, luts.sections[0], luts.sections[1], kCamera0Block};
+  const LutFault fault = encode_map(luts, 1, target, events);
+  if (fault != LutFault::kNone) return {RectifyStep::kLut, 1, fault};
+  for (std::size_t i = 0; i < info_1.size(); ++i)
+    info_1[i].value = info_0[i].value;
   return {};
 }
 
-RectifyConversion encode_both_cameras(const State& rectify, RegisterTables& tables, OverflowHandler on_overflow) {
-  if (!rectify.camera[0].kk_set && !rectify.camera[1].kk_set) return {RectifyStep::kParametersMissing};
+RectifyConversion encode_both_cameras(const State& rectify, RectifyLutState& luts, RegisterTables& tables,
+                                      const LutEvents& events) {
+  const bool any_kk = rectify.camera[0].kk_set || rectify.camera[1].kk_set;
+  const bool any_map = luts.camera[0].map_set || luts.camera[1].map_set;
+  if (!any_kk && !any_map) return {RectifyStep::kParametersMissing};
+  if (any_map && !prepare_sections(luts)) return {RectifyStep::kLut, 1, LutFault::kNoMemory};
   for (const int id : {1, 0}) {
     const auto index = static_cast<std::size_t>(id);
     for (const auto encode : {encode_common, encode_kk}) {
-      const RectifyStep step = encode(rectify.camera[index], tables.rectify[index], on_overflow);
+      const RectifyStep step = encode(rectify.camera[index], tables.rectify[index], events.on_overflow);
       if (step != RectifyStep::kDone) return {step, id};
     }
+    const std::size_t first = id == 1 ? 0 : 2;
+    const LutTarget target{tables.rectify_lut_info[index],
+                           luts.sections[first],
+                           luts.sections[first + 1],
+                           id == 1 ? kCamera1Block : kCamera0Block};
+    const LutFault fault = encode_map(luts, index, target, events);
+    if (fault != LutFault::kNone) return {RectifyStep::kLut, id, fault};
   }
   return {};
 }
@@ -186,8 +216,15 @@ std::array<double, 9> kk_coefficients(std::span<const float, 8> distortion) {
   const float twice_p2 = 2.0F * p2;
   const float thrice_p1 = 3.0F * p1;
   const float thrice_p2 = 3.0F * p2;
-  return {widen(k1), widen(k2),       widen(k3), widen(twice_p1), widen(thrice_p2),
-          widen(p2), widen(twice_p2), widen(p1), widen(thrice_p1)};
+  return {widen(k1),
+          widen(k2),
+          widen(k3),
+          widen(twice_p1),
+          widen(thrice_p2),
+          widen(p2),
+          widen(twice_p2),
+          widen(p1),
+          widen(thrice_p1)};
 }
 
 void encode_rectify_ctrl(const RectifyState& rectify, RegisterTables& tables) {
@@ -196,10 +233,10 @@ void encode_rectify_ctrl(const RectifyState& rectify, RegisterTables& tables) {
   encode_fields(kSbg2rFields, rectify, tables.rectify_ctrl, nullptr);
 }
 
-RectifyConversion encode_rectify(std::uint32_t cam_mode, const RectifyState& rectify, RegisterTables& tables,
-                                 OverflowHandler on_overflow) {
-  return cam_mode == 0 ? encode_single_camera(rectify, tables, on_overflow)
-                       : encode_both_cameras(rectify, tables, on_overflow);
+RectifyConversion encode_rectify(std::uint32_t cam_mode, const RectifyState& rectify, RectifyLutState& luts,
+                                 RegisterTables& tables, const LutEvents& events) {
+  return cam_mode == 0 ? encode_single_camera(rectify, luts, tables, events)
+                       : encode_both_cameras(rectify, luts, tables, events);
 }
 
 void decode_rectify(std::uint32_t cam_mode, bool camera_1_block, const RegisterTables& tables, RectifyState& rectify) {

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "modules/fixed_point.h"
+#include "modules/rectify_lut.h"
 #include "modules/register_field.h"
 #include "state/rectify_state.h"
 #include "state/register_tables.h"
@@ -34,16 +35,19 @@ std::array<double, 9> kk_coefficients(std::span<const float, 8> distortion);
 
 void encode_rectify_ctrl(const RectifyState& rectify, RegisterTables& tables);
 
-// How a conversion of the parameters ended: the step that failed and the camera whose parameters were converted.
-enum class RectifyStep : std::uint8_t { kDone, kParametersMissing, kCommon, kKk };
+// How a conversion of the parameters ended: the step that failed, the camera whose parameters were converted, and for
+// the LUT step what was wrong.
+enum class RectifyStep : std::uint8_t { kDone, kParametersMissing, kCommon, kKk, kLut };
 struct RectifyConversion {
   RectifyStep failed_step = RectifyStep::kDone;
   int camera = 1;
+  LutFault lut_fault = LutFault::kNone;
 };
 
-// Single camera: camera 1's parameters into both tables. Else each camera's into its own. Ends at the first overflow.
-RectifyConversion encode_rectify(std::uint32_t cam_mode, const RectifyState& rectify, RegisterTables& tables,
-                                 OverflowHandler on_overflow);
+// Single camera: camera 1's parameters into both tables. Else each camera's into its own. Ends at the first fault.
+// Grids that were converted are released.
+RectifyConversion encode_rectify(std::uint32_t cam_mode, const RectifyState& rectify, RectifyLutState& luts,
+                                 RegisterTables& tables, const LutEvents& events);
 
 // Single camera: the named block into camera 1's parameters. Else both blocks, camera 1's first.
 void decode_rectify(std::uint32_t cam_mode, bool camera_1_block, const RegisterTables& tables, RectifyState& rectify);

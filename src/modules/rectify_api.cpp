@@ -1,3 +1,4 @@
+#include <optional>
 #include <span>
 
 #include "modules/fixed_point_api.h"
@@ -20,6 +21,25 @@ void set_enables(std::size_t camera, uint8_t on) {
   engine().rectify.en1[camera] = on;
 }
 
+// The LUT step's own message, and its status.
+int32_t report_lut(const vq3900::RectifyConversion& result) {
+  switch (result.lut_fault) {
+    case vq3900::LutFault::kNone:
+      return VQ3900_OK;
+    case vq3900::LutFault::kSize:
+      vq3900::print_err("lut width and height must be multiples of 4! \n");
+      return VQ3900_ERROR_ARGUMENT;
+    case vq3900::LutFault::kGridMissing:
+      vq3900::print_err("cam_id= %d, dx,dy id null!\n", result.camera);
+      return VQ3900_ERROR_ARGUMENT;
+    case vq3900::LutFault::kNoMemory:
+      return VQ3900_ERROR_ARGUMENT;
+    case vq3900::LutFault::kOverflow:
+      break;
+  }
+  return VQ3900_FIXED_POINT_OVERFLOW;
+}
+
 int32_t report(const vq3900::RectifyConversion& result) {
   switch (result.failed_step) {
     case vq3900::RectifyStep::kDone:
@@ -33,8 +53,37 @@ int32_t report(const vq3900::RectifyConversion& result) {
     case vq3900::RectifyStep::kKk:
       vq3900::print_out("convert_rectify_kk_float_to_register error!,camera id = %d \n", result.camera);
       break;
+    case vq3900::RectifyStep::kLut: {
+      const int32_t code = report_lut(result);
+      vq3900::print_out("convert_rectify_lut_float_to_register error!,camera id = %d \n", result.camera);
+      return code;
+    }
   }
   return VQ3900_FIXED_POINT_OVERFLOW;
+}
+
+void print_progress(vq3900::LutProgress progress) {
+  switch (progress) {
+    case vq3900::LutProgress::kDx:
+      return vq3900::print_out("convert lut_dx from float to register \n");
+    case vq3900::LutProgress::kDy:
+      return vq3900::print_out("convert lut_dy from float to register \n");
+    case vq3900::LutProgress::kEnd:
+      return vq3900::print_out("convert lut_dx and lut_dy end \n");
+  }
+}
+
+// Stores the intrinsics and the matrix that both parameter setters have, for the camera that they mean. Nothing when
+// there is no such camera, else its number.
+std::optional<uint32_t> store_common(uint32_t cam_id, const RectifyIntrinsic& new_intrinsic, const float* rotation,
+                                     const float* intrinsic) {
+  RectifyState& rectify = engine().rectify;
+  const uint32_t index = vq3900::rectify_camera(engine().basic.cam_mode, cam_id);
+  if (index >= rectify.camera.size()) return std::nullopt;
+  rectify.camera[index].intrinsic = new_intrinsic;
+  rectify.camera[index].matrix =
+      vq3900::back_projection(std::span<const float, 9>{rotation, 9}, std::span<const float, 4>{intrinsic, 4});
+  return index;
 }
 
 }  // namespace
@@ -95,16 +144,55 @@ int32_t set_rectify_params_brown(uint32_t cam_id, const RectifyIntrinsic* new_in
   if (new_intrinsic == nullptr || distortion == nullptr || rotation == nullptr || intrinsic == nullptr) {
     return VQ3900_ERROR_ARGUMENT;
   }
-  RectifyState& rectify = engine().rectify;
-  const uint32_t index = vq3900::rectify_camera(engine().basic.cam_mode, cam_id);
-  if (index >= rectify.camera.size()) return VQ3900_ERROR_ARGUMENT;
-
-  vq3900::RectifyCameraParams& camera = rectify.camera[index];
-  camera.intrinsic = *new_intrinsic;
-  camera.matrix =
-      vq3900::back_projection(std::span<const float, 9>{rotation, 9}, std::span<const float, 4>{intrinsic, 4});
+  const auto index = store_common(cam_id, *new_intrinsic, rotation, intrinsic);
+  if (!index) return VQ3900_ERROR_ARGUMENT;
+  vq3900::RectifyCameraParams& camera = engine().rectify.camera[*index];
   camera.kk = vq3900::kk_coefficients(std::span<const float, 8>{distortion, 8});
   camera.kk_set = true;
+  return VQ3900_OK;
+}
+
+int32_t set_rectify_params_map(uint32_t cam_id, const RectifyIntrinsic* new_intrinsic, const RectifyLutInfo* lut,
+                               const float* rotation, const float* intrinsic) {
+  if (new_intrinsic == nullptr || lut == nullptr || rotation == nullptr || intrinsic == nullptr) {
+    return VQ3900_ERROR_ARGUMENT;
+  }
+  const auto index = store_common(cam_id, *new_intrinsic, rotation, intrinsic);
+  if (!index) return VQ3900_ERROR_ARGUMENT;
+  if (lut->sample_rate_bit < vq3900::kMinSampleRateBit) {
+    vq3900::print_err("sample_rate_bit >=3 ! \n");  // what is required, not what was found
+    return VQ3900_ERROR_ARGUMENT;                   // intrinsics and matrix stay stored
+  }
+  vq3900::RectifyLutState& luts = engine().rectify_lut;
+  if (!vq3900::hold_grid(*lut, luts.camera[*index])) return VQ3900_ERROR_ARGUMENT;
+  luts.camera[*index].map_set = true;
+  luts.length = lut->lut_width * lut->lut_height;
+  return VQ3900_OK;
+}
+
+int32_t de_get_lut_len(uint32_t* out) {
+  return vq3900::copy_out(engine().rectify_lut.length, out);
+}
+
+int32_t de_get_rectify_lut_params_float(int32_t cam_id, RectifyLutInfo* out) {
+  return vq3900::copy_out(engine().rectify_lut.camera[cam_id == 1 ? 1 : 0].info, out);
+}
+
+int32_t de_copy_rectify_lut_register_section(LutSection* out, uint8_t section_num) {
+  if (section_num != 2 && section_num != 4) {
+    vq3900::print_err("start_rows_reg_section_num != 2 ! \n");  // 4 is as good
+    return VQ3900_ERROR_ARGUMENT;
+  }
+  if (out == nullptr) return VQ3900_ERROR_ARGUMENT;
+  vq3900::RectifyLutState& luts = engine().rectify_lut;
+  const auto held = std::span{luts.sections}.first(section_num);
+  const std::span<LutSection> sections{out, section_num};
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    const bool writes = held[i].words.held() && luts.length > 0;
+    if (writes && sections[i].data == nullptr) return VQ3900_ERROR_ARGUMENT;
+  }
+  for (std::size_t i = 0; i < held.size(); ++i)
+    vq3900::hand_out(held[i], luts.length, sections[i]);
   return VQ3900_OK;
 }
 
@@ -114,8 +202,11 @@ int32_t convert_rectify_control_float_to_register(void) {
 }
 
 int32_t convert_rectify_params_to_register_elements(void) {
-  return report(
-      vq3900::encode_rectify(engine().basic.cam_mode, engine().rectify, engine().registers, vq3900::print_overflow));
+  return report(vq3900::encode_rectify(engine().basic.cam_mode,
+                                       engine().rectify,
+                                       engine().rectify_lut,
+                                       engine().registers,
+                                       {vq3900::print_overflow, print_progress}));
 }
 
 int32_t convert_rectify_registers_to_float(bool cam_select) {

@@ -8,6 +8,7 @@
 #include "vq3900_depth_engine.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -23,6 +24,7 @@ enum class Coding : std::uint8_t {
   kInteger,        // the low bits of an integer
   kFixed,          // fixed point, decoded as two's complement
   kFixedUnsigned,  // fixed point, decoded as unsigned
+  kFixedCut,       // fixed point, unsigned, cut to the field without a check
 };
 
 enum class Use : std::uint8_t {
@@ -123,7 +125,16 @@ template <typename Record>
 std::uint32_t encode_bits(const Field<Record>& field, const Record& record, OverflowHandler on_overflow) {
   const double value = field.load(record);
   if (field.coding == Coding::kInteger) return static_cast<std::uint32_t>(to_integer(value));
+  if (field.coding == Coding::kFixedCut) {
+    const double scaled = std::ldexp(value, field.format.frac_bits) + 0.5;
+    return static_cast<std::uint32_t>(to_integer(scaled));  // truncates
+  }
   return encode_fixed(value, field.format, on_overflow);
+}
+
+// Whether the encoder checks a field's range, so that all ones mean an overflow.
+constexpr bool is_checked(Coding coding) {
+  return coding == Coding::kFixed || coding == Coding::kFixedUnsigned;
 }
 
 // Writes every field in the order of the rows. An overflow is told to the handler and written as all ones.
@@ -144,7 +155,7 @@ bool encode_fields_until_overflow(const std::array<Field<Record>, Count>& fields
   for (const Field<Record>& field : fields) {
     if (!field.written()) continue;
     const std::uint32_t bits = encode_bits(field, record, on_overflow);
-    if (field.coding != Coding::kInteger && bits == kOverflowed) return false;
+    if (is_checked(field.coding) && bits == kOverflowed) return false;
     std::uint32_t& value = table[field.element].value;
     value = set_reg_field(bits, value, field.mask);
   }
@@ -158,6 +169,7 @@ inline double decode_bits(const FieldBits& field, std::uint32_t register_value) 
     case Coding::kFixed:
       return decode_signed(bits, field.format.width, field.format.frac_bits);
     case Coding::kFixedUnsigned:
+    case Coding::kFixedCut:
       return decode_unsigned(bits, field.format.frac_bits);
     case Coding::kInteger:
       break;
@@ -186,6 +198,17 @@ consteval bool well_formed(const std::array<Field<Record>, Count>& fields, const
     if ((field.mask & ~table[field.element].mask) != 0) return false;
     if ((field.mask & written[field.element]) != 0) return false;
     written[field.element] |= field.mask;
+  }
+  return true;
+}
+
+// Whether two sets of rows of one table write different bits.
+template <typename RecordA, std::size_t CountA, typename RecordB, std::size_t CountB>
+consteval bool disjoint(const std::array<Field<RecordA>, CountA>& a, const std::array<Field<RecordB>, CountB>& b) {
+  for (const FieldBits& x : a) {
+    for (const FieldBits& y : b) {
+      if (x.written() && y.written() && x.element == y.element && (x.mask & y.mask) != 0) return false;
+    }
   }
   return true;
 }

@@ -1,5 +1,7 @@
 #include "regs/access.h"
 
+#include "platform/guarded_call.h"
+
 namespace vq3900 {
 
 namespace {
@@ -17,11 +19,10 @@ std::int32_t require(AccessState& access, Callback callback) {
 
 template <typename Callback>
 std::int32_t transfer(AccessState& access, Callback callback, std::span<DeRegElement_S> elements, const char* failure) {
-  try {
-    if (callback(elements.data(), static_cast<std::uint32_t>(elements.size()), access.user) == 0) return VQ3900_OK;
-  } catch (...) {
-    // A throwing callback has failed; no exception crosses the C interface.
-  }
+  const auto count = static_cast<std::uint32_t>(elements.size());
+  // A throwing callback has failed: no exception crosses the C interface.
+  const auto result = guarded_call([&] { return callback(elements.data(), count, access.user); });
+  if (result == 0) return VQ3900_OK;
   access.last_error = failure;
   return VQ3900_ERROR_TRANSFER;
 }

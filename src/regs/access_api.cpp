@@ -10,7 +10,6 @@ using vq3900::engine;
 namespace {
 
 constexpr std::string_view kVersion = VQ3900_VERSION;
-constexpr std::string_view kLutVersion = "1.0.0";
 constexpr std::size_t kVersionField = 8;  // bytes cleared before a version is copied
 
 }  // namespace
@@ -40,15 +39,4 @@ void get_depth_driver_helper_version(char* buffer) {
   if (buffer == nullptr) return;
   std::memset(buffer, 0, kVersionField);
   std::ranges::copy(kVersion, buffer);
-}
-
-int32_t get_lut_version(char* out) {
-  if (out == nullptr) return VQ3900_ERROR_CALLBACK;
-  std::memset(out, 0, kVersionField);
-  std::memcpy(out, kLutVersion.data(), kLutVersion.size() + 1);
-  return VQ3900_OK;
-}
-
-int32_t get_disto_lut_version(char* buffer) {
-  return get_lut_version(buffer);
 }

@@ -42,67 +42,67 @@ int32_t set_projection(const DeCameraIntrinsic_S& depth, const DeCameraIntrinsic
 }  // namespace
 
 int32_t de_set_baisc_params_to_registers(const DeBasicParams_S* params) {
-  return run_steps([&] { return check(params); },                      //
-                   [&] { return de_update_basic_params(params); },     //
-                   convert_basic_config_to_registers,                  //
-                   convert_d2d_params_to_register_elements,            //
-                   [] { return write_copy(engine().registers.d2d); },  //
+  return run_steps([&] { return check(params); },
+                   [&] { return de_update_basic_params(params); },
+                   convert_basic_config_to_registers,
+                   convert_d2d_params_to_register_elements,
+                   [] { return write_copy(engine().registers.d2d); },
                    write_control_table);
 }
 
 int32_t de_set_prefilter_params_to_registers(const DePrefilterParams_S* params) {
-  return run_steps([&] { return check(params); },                       //
-                   [&] { return de_update_prefilter_params(params); },  //
-                   convert_prefilter_float_to_registers,                //
+  return run_steps([&] { return check(params); },
+                   [&] { return de_update_prefilter_params(params); },
+                   convert_prefilter_float_to_registers,
                    [] { return write_copy(engine().registers.prefilter); });
 }
 
 int32_t de_set_extend_chop_params_to_registers(const DeExtendChopParams_S* params) {
-  return run_steps([&] { return check(params); },                         //
-                   [&] { return de_update_extend_chop_params(params); },  //
-                   convert_extend_chop_float_to_registers,                //
+  return run_steps([&] { return check(params); },
+                   [&] { return de_update_extend_chop_params(params); },
+                   convert_extend_chop_float_to_registers,
                    [] { return write_copy(engine().registers.extend_chop); });
 }
 
 int32_t de_set_disp_calc_params_to_registers(const DeDispCalcParams_S* params) {
-  return run_steps([&] { return check(params); },                       //
-                   [&] { return de_update_disp_calc_params(params); },  //
-                   convert_calc_disp_float_to_registers,                //
+  return run_steps([&] { return check(params); },
+                   [&] { return de_update_disp_calc_params(params); },
+                   convert_calc_disp_float_to_registers,
                    [] { return write_copy(engine().registers.disp_calc); });
 }
 
 int32_t de_set_gpm_params_to_registers(const DeGpmParams_S* params) {
-  return run_steps([&] { return check(params); },                 //
-                   [&] { return de_update_gpm_params(params); },  //
-                   convert_gpm_float_to_registers,                //
+  return run_steps([&] { return check(params); },
+                   [&] { return de_update_gpm_params(params); },
+                   convert_gpm_float_to_registers,
                    [] { return write_copy(engine().registers.gpm); });
 }
 
 int32_t de_set_d2c_params_to_registers(const DeCameraIntrinsic_S* depth, const DeCameraIntrinsic_S* color,
                                        const DeExtrinsic_S* extrinsic, const D2cConfig* config) {
-  return run_steps([&] { return check(depth, color, extrinsic, config); },  //
-                   [&] { return de_update_d2c_config(config); },            //
+  return run_steps([&] { return check(depth, color, extrinsic, config); },
+                   [&] { return de_update_d2c_config(config); },
                    [&] { return set_projection(*depth, *color, *extrinsic); },
                    [] {
                      convert_d2c_params_to_register_elements();  // an overflowing entry is written as all ones
                      return VQ3900_OK;
                    },
-                   convert_d2c_ctrl_to_register_elements,              //
-                   [] { return write_copy(engine().registers.d2c); },  //
+                   convert_d2c_ctrl_to_register_elements,
+                   [] { return write_copy(engine().registers.d2c); },
                    write_control_table);
 }
 
 int32_t de_set_d2d_params_to_registers(const D2dConfig* config) {
-  return run_steps([&] { return check(config); },                 //
-                   [&] { return de_update_d2d_config(config); },  //
-                   convert_d2d_config_to_register_element,        //
+  return run_steps([&] { return check(config); },
+                   [&] { return de_update_d2d_config(config); },
+                   convert_d2d_config_to_register_element,
                    write_control_table);
 }
 
 int32_t de_set_rectify_params_to_registers(const DeRectifyParams_S* params, const DeRectifyCtrlParams_S* ctrl) {
-  return run_steps([&] { return check(params, ctrl); },                     //
-                   [&] { return de_update_rectify_params(params, ctrl); },  //
-                   convert_rectify_params_to_register_elements,             //
+  return run_steps([&] { return check(params, ctrl); },
+                   [&] { return de_update_rectify_params(params, ctrl); },
+                   convert_rectify_params_to_register_elements,
                    [] { return write_copy(engine().registers.rectify[0]); },
                    [] { return write_copy(engine().registers.rectify[1]); });
 }

@@ -48,7 +48,10 @@ int32_t de_copy_basic_d2c_d2d_ctrl_register_table(DeRegElement_S* dst, uint8_t c
 
 int32_t de_update_basic_d2c_d2d_ctrl_register_table(const DeRegElement_S* src, uint8_t count) {
   // Three blocks share this table, each with masks of its own: the address alone is compared.
-  return merge(engine().registers.basic_ctrl, src, count, "reg_num > inner_basic_d2c_d2d_ctrl_reg_table_size! \n",
+  return merge(engine().registers.basic_ctrl,
+               src,
+               count,
+               "reg_num > inner_basic_d2c_d2d_ctrl_reg_table_size! \n",
                Compare::kAddress);
 }
 
@@ -134,6 +137,6 @@ int32_t de_update_sbg2r_params_register_table(const DeRegElement_S* src, uint8_t
 
 int32_t de_copy_rectify_lut_info_register_table(int32_t camera_id, DeRegElement_S* dst, uint8_t count) {
   const std::size_t camera = camera_id == 1 ? 1 : 0;
-  return copy_out(engine().registers.rectify_lut_info[camera], dst, count,
-                  "reg_num > inner_sbg2r_lut_reg_table size! \n");
+  return copy_out(
+      engine().registers.rectify_lut_info[camera], dst, count, "reg_num > inner_sbg2r_lut_reg_table size! \n");
 }

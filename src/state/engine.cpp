@@ -6,6 +6,16 @@ namespace {
 constinit Engine process_engine;
 }
 
+void release_held_memory(Engine& engine) {
+  for (RectifyLut& lut : engine.rectify_lut.camera) {
+    lut.dx.release();
+    lut.dy.release();
+  }
+  engine.calib.optimized_d2d.release();
+  for (HeldSection& section : engine.rectify_lut.sections)
+    section.words.release();
+}
+
 Engine& engine() {
   return process_engine;
 }

@@ -4,7 +4,11 @@
 
 #include "state/access_state.h"
 #include "state/block_state.h"
+#include "state/calib_input_state.h"
+#include "state/calib_state.h"
 #include "state/de_input_state.h"
+#include "state/group_state.h"
+#include "state/rectify_lut_state.h"
 #include "state/rectify_state.h"
 #include "state/register_tables.h"
 
@@ -22,9 +26,17 @@ struct Engine {
   ExtendChopState extend_chop;
   GpmState gpm;
   RectifyState rectify;
+  RectifyLutState rectify_lut;
 
   DeInputConfig input;
+  CalibInputConfig calib_input;
+  CalibState calib;
+  D2cGroups d2c_groups;
+  IrPreGroups ir_pre_groups;
 };
+
+// Releases every array that the state holds.
+void release_held_memory(Engine& engine);
 
 // The state that the calling thread works on: today that of the process.
 Engine& engine();

@@ -58,4 +58,35 @@ static_assert(sizeof(dpu_mode) == 32 && offsetof(dpu_mode, laser_type) == 16 && 
 static_assert(sizeof(dpu_scheme_config) == 24 && offsetof(dpu_scheme_config, scheme_flags) == 12 &&
               offsetof(dpu_scheme_config, reserved) == 16);
 
+static_assert(sizeof(d2c_cfg_item) == 72 && offsetof(d2c_cfg_item, desc) == 16 &&
+              offsetof(d2c_cfg_item, res_chop_out) == 32 && offsetof(d2c_cfg_item, d2d_params_unit) == 44 &&
+              offsetof(d2c_cfg_item, res_d2c_in) == 52 && offsetof(d2c_cfg_item, scale) == 60 &&
+              offsetof(d2c_cfg_item, extend) == 64);
+static_assert(sizeof(ir_pre_cfg_item) == 156 && offsetof(ir_pre_cfg_item, reserved) == 32 &&
+              offsetof(ir_pre_cfg_item, exp_time_range) == 36 && offsetof(ir_pre_cfg_item, target_brightness) == 84 &&
+              offsetof(ir_pre_cfg_item, enable_bits) == 112 && offsetof(ir_pre_cfg_item, box_weight_16) == 124);
+static_assert(sizeof(de_config_flash_input) == 528 && offsetof(de_config_flash_input, dpu_config_count) == 8 &&
+              offsetof(de_config_flash_input, d2c_config_path) == 9 &&
+              offsetof(de_config_flash_input, ir_pre_config_path) == 265);
+
+static_assert(sizeof(DeCalibCamera_S) == 64 && offsetof(DeCalibCamera_S, distortion) == 24 &&
+              offsetof(DeCalibCamera_S, polynomial_param) == 56);
+static_assert(sizeof(CalibrateParamsMulti) == 296 && offsetof(CalibrateParamsMulti, model_override) == 4 &&
+              offsetof(CalibrateParamsMulti, left_ir) == 8 && offsetof(CalibrateParamsMulti, right_ir) == 72 &&
+              offsetof(CalibrateParamsMulti, rgb) == 136 && offsetof(CalibrateParamsMulti, ir_rotation) == 200 &&
+              offsetof(CalibrateParamsMulti, rgb_translation) == 284);
+static_assert(sizeof(DeStereoRectifyParams_S) == 244 && offsetof(DeStereoRectifyParams_S, cam1_distortion) == 20 &&
+              offsetof(DeStereoRectifyParams_S, cam1_rotation) == 52 &&
+              offsetof(DeStereoRectifyParams_S, cam0_rectified) == 88 &&
+              offsetof(DeStereoRectifyParams_S, cam0_rotation) == 140 &&
+              offsetof(DeStereoRectifyParams_S, cam1) == 176 && offsetof(DeStereoRectifyParams_S, cam0) == 196 &&
+              offsetof(DeStereoRectifyParams_S, reserved) == 216 &&
+              offsetof(DeStereoRectifyParams_S, left_temperature) == 220);
+static_assert(sizeof(DeCameraD2CParams_S) == 172 && offsetof(DeCameraD2CParams_S, zero) == 60 &&
+              offsetof(DeCameraD2CParams_S, color_distortion) == 92 && offsetof(DeCameraD2CParams_S, rotation) == 124 &&
+              offsetof(DeCameraD2CParams_S, translation) == 160);
+static_assert(sizeof(DepthCalcParams_S) == 28 && sizeof(DeDepthConfig_S) == 16);
+static_assert(sizeof(RectifyLutInfo) == 56 && offsetof(RectifyLutInfo, dx) == 40 && offsetof(RectifyLutInfo, dy) == 48);
+static_assert(sizeof(LutSection) == 16 && offsetof(LutSection, data) == 8);
+
 static_assert(std::is_trivially_copyable_v<DeDispCalcParams_S> && std::is_standard_layout_v<DeDispCalcParams_S>);

@@ -173,7 +173,9 @@ TEST_F(DeInput, LineEndsAndSizeOfTheFileDoNotMatter) {
   std::string many_comments;
   for (int i = 0; i < 50'000; ++i)
     many_comments += "; sixty characters that say nothing about the depth engine..\n";
-  for (const std::string& bytes : {windows, text.substr(0, text.size() - 1), windows.substr(0, windows.size() - 1),
+  for (const std::string& bytes : {windows,
+                                   text.substr(0, text.size() - 1),
+                                   windows.substr(0, windows.size() - 1),
                                    many_comments + text + many_comments}) {
     reset_engine();
     EXPECT_EQ(load_bytes(bytes), silent_success());
@@ -188,9 +190,15 @@ TEST_F(DeInput, TextThatIsNoIniIsRefusedSilentlyAndTouchesNothing) {
   std::string binary;
   for (int i = 0; i < 5000; ++i)
     binary += static_cast<char>(random() & 0xFF);
-  for (const std::string& bytes :
-       {"total"s, "\xEF\xBB\xBF" + other, other + "[gpm", other + "  # note\n", other + "\0"s, "[]\n" + other,
-        "[mode] # first\n" + other, binary, std::string(100'000, '\0')}) {
+  for (const std::string& bytes : {"total"s,
+                                   "\xEF\xBB\xBF" + other,
+                                   other + "[gpm",
+                                   other + "  # note\n",
+                                   other + "\0"s,
+                                   "[]\n" + other,
+                                   "[mode] # first\n" + other,
+                                   binary,
+                                   std::string(100'000, '\0')}) {
     EXPECT_EQ(load_bytes(bytes), silent(-5)) << bytes.substr(0, 40);
   }
   expect_all(Loaded::kFirst);
@@ -310,8 +318,14 @@ TEST_F(DeInput, ListOfTheWrongLengthFailsNamingItsKeyAndStaysCleared) {
   for (const KeyDescription& key : de_input_keys()) {
     if (!is_list(key)) continue;
     const std::string right = ones(key.count);
-    for (const std::string& value : {"{" + ones(key.count - 1) + "}", "{" + ones(key.count + 1) + "}",
-                                     "{" + ones(1000) + "}", "{}"s, "{"s, right, "{" + right, right + "}"}) {
+    for (const std::string& value : {"{" + ones(key.count - 1) + "}",
+                                     "{" + ones(key.count + 1) + "}",
+                                     "{" + ones(1000) + "}",
+                                     "{}"s,
+                                     "{"s,
+                                     right,
+                                     "{" + right,
+                                     right + "}"}) {
       load({});
       EXPECT_EQ(load_with(key.section, key.name, value), list_fault(key)) << key.name << " " << value.substr(0, 60);
       const KeyCase& row = key_case(key.section, key.name);

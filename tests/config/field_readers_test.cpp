@@ -99,64 +99,72 @@ TEST(ReadBool, TakesOneAndZero) {
 }
 
 TEST(ReadBool, RefusesEverythingElse) {
-  expect_no_such_type(read_bool, " is not a bool",
-                      {"",   "yes", "on", "no",  "off",   "2",     "-1",    "+1",   "01",     "00",      "0x1", "1.0",
-                       " 1", "1 ",  "t",  "tru", "truee", "true ", " true", "fals", "falsee", "TRU\xC9", "{1}"});
+  expect_no_such_type(read_bool, " is not a bool", {"",      "yes",   "on",    "no",   "off",    "2",       "-1", "+1",
+                                                    "01",    "00",    "0x1",   "1.0",  " 1",     "1 ",      "t",  "tru",
+                                                    "truee", "true ", " true", "fals", "falsee", "TRU\xC9", "{1}"});
   EXPECT_THROW(read_bool("1\0"s), FieldError);
 }
 
 // --- 64-bit integers
 
 TEST(ReadLongLong, TakesEveryBaseAndItsWholeRange) {
-  expect_accepted(read_long_long, {{"0", 0},
-                                   {"-0", 0},
-                                   {"+7", 7},
-                                   {"-7", -7},
-                                   {" \t\n\v\f\r7", 7},
-                                   {"0x1F", 31},
-                                   {"0X1f", 31},
-                                   {"-0x10", -16},
-                                   {"010", 8},
-                                   {"-010", -8},
-                                   {"00", 0},
-                                   {"9223372036854775807", kInt64Max},
-                                   {"0x7FFFFFFFFFFFFFFF", kInt64Max},
-                                   {"-9223372036854775808", kInt64Min}});
+  expect_accepted(read_long_long,
+                  {{"0", 0},
+                   {"-0", 0},
+                   {"+7", 7},
+                   {"-7", -7},
+                   {" \t\n\v\f\r7", 7},
+                   {"0x1F", 31},
+                   {"0X1f", 31},
+                   {"-0x10", -16},
+                   {"010", 8},
+                   {"-010", -8},
+                   {"00", 0},
+                   {"9223372036854775807", kInt64Max},
+                   {"0x7FFFFFFFFFFFFFFF", kInt64Max},
+                   {"-9223372036854775808", kInt64Min}});
 }
 
 TEST(ReadLongLong, RefusesWhatIsNoIntegerOrSaturates) {
   expect_no_such_type(read_long_long, " is not a long long", kNoIntegers);
-  expect_no_such_type(read_long_long, " is not a long long",
-                      {"9223372036854775808", "-9223372036854775809", "0x8000000000000000",
-                       "999999999999999999999999999999", "-999999999999999999999999999999"});
+  expect_no_such_type(read_long_long,
+                      " is not a long long",
+                      {"9223372036854775808",
+                       "-9223372036854775809",
+                       "0x8000000000000000",
+                       "999999999999999999999999999999",
+                       "-999999999999999999999999999999"});
 }
 
 TEST(ReadUnsignedLongLong, TakesEveryBaseAndItsWholeRange) {
-  expect_accepted(read_unsigned_long_long, {{"0", 0},
-                                            {"+7", 7},
-                                            {" 7", 7},
-                                            {"0xff", 255},
-                                            {"0377", 255},
-                                            {"18446744073709551615", kUint64Max},
-                                            {"0xFFFFFFFFFFFFFFFF", kUint64Max}});
+  expect_accepted(read_unsigned_long_long,
+                  {{"0", 0},
+                   {"+7", 7},
+                   {" 7", 7},
+                   {"0xff", 255},
+                   {"0377", 255},
+                   {"18446744073709551615", kUint64Max},
+                   {"0xFFFFFFFFFFFFFFFF", kUint64Max}});
 }
 
 TEST(ReadUnsignedLongLong, RefusesWhatIsNoIntegerOrSaturates) {
   expect_no_such_type(read_unsigned_long_long, " is not a unsigned long long", kNoIntegers);
-  expect_no_such_type(read_unsigned_long_long, " is not a unsigned long long",
+  expect_no_such_type(read_unsigned_long_long,
+                      " is not a unsigned long long",
                       {"18446744073709551616", "0x10000000000000000", "999999999999999999999999999999"});
 }
 
 TEST(ReadUnsignedLongLong, RefusesAMinusAfterTheNumberWasTaken) {
-  expect_refused(read_unsigned_long_long, {{"-0", kNegative},
-                                           {"-1", kNegative},
-                                           {" \t-5", kNegative},
-                                           {"-0x10", kNegative},
-                                           {"-18446744073709551615", kNegative},
-                                           {"-18446744073709551616",  // saturates first
-                                            "-18446744073709551616 is not a unsigned long long"},
-                                           {"-1x", "-1x is not a unsigned long long"},
-                                           {"-", "- is not a unsigned long long"}});
+  expect_refused(read_unsigned_long_long,
+                 {{"-0", kNegative},
+                  {"-1", kNegative},
+                  {" \t-5", kNegative},
+                  {"-0x10", kNegative},
+                  {"-18446744073709551615", kNegative},
+                  {"-18446744073709551616",  // saturates first
+                   "-18446744073709551616 is not a unsigned long long"},
+                  {"-1x", "-1x is not a unsigned long long"},
+                  {"-", "- is not a unsigned long long"}});
 }
 
 // --- integers of a range
@@ -164,42 +172,47 @@ TEST(ReadUnsignedLongLong, RefusesAMinusAfterTheNumberWasTaken) {
 TEST(ReadInt, TakesItsRangeAndNamesItBeyond) {
   expect_accepted(read_int,
                   {{"2147483647", kInt32Max}, {"-2147483648", kInt32Min}, {"0", 0}, {"-0x80000000", kInt32Min}});
-  expect_refused(read_int, {{"2147483648", "field is out of Int range: 2147483648"},
-                            {"-2147483649", "field is out of Int range: -2147483649"},
-                            {"0x80000000", "field is out of Int range: 0x80000000"},
-                            {" 9223372036854775807", "field is out of Int range:  9223372036854775807"}});
+  expect_refused(read_int,
+                 {{"2147483648", "field is out of Int range: 2147483648"},
+                  {"-2147483649", "field is out of Int range: -2147483649"},
+                  {"0x80000000", "field is out of Int range: 0x80000000"},
+                  {" 9223372036854775807", "field is out of Int range:  9223372036854775807"}});
 }
 
 TEST(ReadInt32, TakesItsRangeAndNamesItBeyond) {
   expect_accepted(read_int32, {{"2147483647", kInt32Max}, {"-2147483648", kInt32Min}, {"0", 0}, {"010", 8}});
-  expect_refused(read_int32, {{"2147483648", "field is out of Int32 range: 2147483648"},
-                              {"-2147483649", "field is out of Int32 range: -2147483649"},
-                              {"-9223372036854775808", "field is out of Int32 range: -9223372036854775808"}});
+  expect_refused(read_int32,
+                 {{"2147483648", "field is out of Int32 range: 2147483648"},
+                  {"-2147483649", "field is out of Int32 range: -2147483649"},
+                  {"-9223372036854775808", "field is out of Int32 range: -9223372036854775808"}});
 }
 
 TEST(ReadInt8, TakesItsRangeAndNamesItBeyond) {
   expect_accepted(read_int8, {{"127", std::int8_t{127}}, {"-128", std::int8_t{-128}}, {"0", std::int8_t{0}}});
-  expect_refused(read_int8, {{"128", "field is out of Int8 range: 128"},
-                             {"-129", "field is out of Int8 range: -129"},
-                             {"0xff", "field is out of Int8 range: 0xff"}});
+  expect_refused(read_int8,
+                 {{"128", "field is out of Int8 range: 128"},
+                  {"-129", "field is out of Int8 range: -129"},
+                  {"0xff", "field is out of Int8 range: 0xff"}});
 }
 
 TEST(ReadUint32, TakesItsRangeAndNamesItBeyond) {
   expect_accepted(read_uint32, {{"4294967295", 0xFFFFFFFFU}, {"0xffffffff", 0xFFFFFFFFU}, {"0", 0U}});
-  expect_refused(read_uint32, {{"4294967296", "field is out of UInt32 range: 4294967296"},
-                               {"18446744073709551615", "field is out of UInt32 range: 18446744073709551615"},
-                               {"-1", kNegative},
-                               {"-0", kNegative}});
+  expect_refused(read_uint32,
+                 {{"4294967296", "field is out of UInt32 range: 4294967296"},
+                  {"18446744073709551615", "field is out of UInt32 range: 18446744073709551615"},
+                  {"-1", kNegative},
+                  {"-0", kNegative}});
 }
 
 TEST(ReadUint8, TakesItsRangeAndNamesItBeyond) {
   constexpr std::uint8_t kMost = 255;
   expect_accepted(read_uint8, {{"255", kMost}, {"0xff", kMost}, {"0377", kMost}, {"0", std::uint8_t{0}}});
-  expect_refused(read_uint8, {{"256", "field is out of UInt8 range: 256"},
-                              {"0400", "field is out of UInt8 range: 0400"},
-                              {"-1", kNegative},
-                              {"-256", kNegative},
-                              {"-0", kNegative}});
+  expect_refused(read_uint8,
+                 {{"256", "field is out of UInt8 range: 256"},
+                  {"0400", "field is out of UInt8 range: 0400"},
+                  {"-1", kNegative},
+                  {"-256", kNegative},
+                  {"-0", kNegative}});
 }
 
 TEST(RangeReaders, LeaveWhatIsNoNumberToTheirWideReader) {
@@ -215,19 +228,20 @@ TEST(RangeReaders, LeaveWhatIsNoNumberToTheirWideReader) {
 // --- float
 
 TEST(ReadFloat, TakesEveryFormOfANumber) {
-  expect_accepted(read_float, {{"0", 0.0F},
-                               {"0.0", 0.0F},
-                               {"-1.5", -1.5F},
-                               {"+1.5", 1.5F},
-                               {" \t1.5", 1.5F},
-                               {".5", 0.5F},
-                               {"5.", 5.0F},
-                               {"010", 10.0F},
-                               {"1e3", 1000.0F},
-                               {"0x10", 16.0F},
-                               {"-0x1.8p1", -3.0F},
-                               {"16777217", 16777216.0F},
-                               {"3.4028234e38", std::numeric_limits<float>::max()}});
+  expect_accepted(read_float,
+                  {{"0", 0.0F},
+                   {"0.0", 0.0F},
+                   {"-1.5", -1.5F},
+                   {"+1.5", 1.5F},
+                   {" \t1.5", 1.5F},
+                   {".5", 0.5F},
+                   {"5.", 5.0F},
+                   {"010", 10.0F},
+                   {"1e3", 1000.0F},
+                   {"0x10", 16.0F},
+                   {"-0x1.8p1", -3.0F},
+                   {"16777217", 16777216.0F},
+                   {"3.4028234e38", std::numeric_limits<float>::max()}});
   EXPECT_TRUE(std::signbit(read_float("-0")));
   EXPECT_EQ(read_float("-0"), 0.0F);
 }
@@ -244,7 +258,8 @@ TEST(ReadFloat, TakesWrittenInfinitiesAndNan) {
 }
 
 TEST(ReadFloat, RefusesWhatIsTooLargeOrNoNumber) {
-  expect_no_such_type(read_float, " is not a float",
+  expect_no_such_type(read_float,
+                      " is not a float",
                       {"1e400", "-1e400", "1e39", "3.5e38", "0x1p128",   "",   " ",   "-",   ".",   "e5",      "1e",
                        "1 ",    "1.2.3",  "1,5",  "1f",     "40.0 # mm", "0x", "abc", "{1}", "+-1", "infinit", "nan("});
 }
@@ -290,8 +305,21 @@ void expect_lists(ListReader<Element> read, const std::vector<ListCase<std::type
 // What has no elements, whatever the type.
 template <typename Element>
 void expect_empty_lists(ListReader<Element> read) {
-  for (const std::string& text : {""s, "{"s, "}"s, "{}"s, "}{"s, "{,}"s, "{,,,}"s, "1,2"s, "{1,2"s, "1,2}"s, " {1}"s,
-                                  "{1} "s, "(1)"s, "{1}x"s, "{\0,1}"s}) {
+  for (const std::string& text : {""s,
+                                  "{"s,
+                                  "}"s,
+                                  "{}"s,
+                                  "}{"s,
+                                  "{,}"s,
+                                  "{,,,}"s,
+                                  "1,2"s,
+                                  "{1,2"s,
+                                  "1,2}"s,
+                                  " {1}"s,
+                                  "{1} "s,
+                                  "(1)"s,
+                                  "{1}x"s,
+                                  "{\0,1}"s}) {
     expect_lists<Element>(read, {{text, 0, {}}});
   }
 }
@@ -304,8 +332,12 @@ TEST(Lists, WithoutBracesOrElementsHaveNone) {
 
 TEST(Lists, SkipEmptyElementsAndLeadingBlanks) {
   const std::vector<ListCase<std::int32_t>> rows = {
-      {"{1,2,3}", 3, {1, 2, 3}}, {"{1, 2,\t3}", 3, {1, 2, 3}}, {"{1 ,2 , 3 }", 3, {1, 2, 3}},
-      {"{,1,,2,}", 2, {1, 2}},   {"{1,,,,2,3}", 3, {1, 2, 3}}, {"{7}", 1, {7}},
+      {"{1,2,3}", 3, {1, 2, 3}},
+      {"{1, 2,\t3}", 3, {1, 2, 3}},
+      {"{1 ,2 , 3 }", 3, {1, 2, 3}},
+      {"{,1,,2,}", 2, {1, 2}},
+      {"{1,,,,2,3}", 3, {1, 2, 3}},
+      {"{7}", 1, {7}},
   };
   expect_lists(string_to_s32_array, rows);
 }
@@ -336,40 +368,44 @@ TEST(Lists, EndAtANulByte) {
 }
 
 TEST(Lists, OfUint16KeepTheLow16Bits) {
-  expect_lists(string_to_u16_array, {{"{65535,65536,65537}", 3, {65535, 0, 1}},
-                                     {"{-1,-65535,0x12345678}", 3, {65535, 1, 0x5678}},
-                                     {"{010,0xFF,+9}", 3, {8, 255, 9}},
-                                     {"{18446744073709551616,-18446744073709551616}", 2, {65535, 65535}}});
+  expect_lists(string_to_u16_array,
+               {{"{65535,65536,65537}", 3, {65535, 0, 1}},
+                {"{-1,-65535,0x12345678}", 3, {65535, 1, 0x5678}},
+                {"{010,0xFF,+9}", 3, {8, 255, 9}},
+                {"{18446744073709551616,-18446744073709551616}", 2, {65535, 65535}}});
 }
 
 TEST(Lists, OfInt32KeepTheLow32Bits) {
-  expect_lists(string_to_s32_array, {{"{2147483647,-2147483648,-1}", 3, {kInt32Max, kInt32Min, -1}},
-                                     {"{2147483648,4294967295,4294967296}", 3, {kInt32Min, -1, 0}},
-                                     {"{-2147483649,-010,0xFFFFFFFF}", 3, {kInt32Max, -8, -1}},
-                                     {"{9223372036854775808,-9223372036854775809}", 2, {-1, 0}}});
+  expect_lists(string_to_s32_array,
+               {{"{2147483647,-2147483648,-1}", 3, {kInt32Max, kInt32Min, -1}},
+                {"{2147483648,4294967295,4294967296}", 3, {kInt32Min, -1, 0}},
+                {"{-2147483649,-010,0xFFFFFFFF}", 3, {kInt32Max, -8, -1}},
+                {"{9223372036854775808,-9223372036854775809}", 2, {-1, 0}}});
 }
 
 TEST(Lists, OfDoubleConvertInDoublePrecision) {
-  expect_lists(string_to_double_array, {{"{0.1,-2.5e-3, 3}", 3, {0.1, -2.5e-3, 3.0}},
-                                        {"{1e400,1e-400,010}", 3, {HUGE_VAL, 0.0, 10.0}},
-                                        {"{1.5x,abc, }", 3, {1.5, 0.0, 0.0}}});
+  expect_lists(string_to_double_array,
+               {{"{0.1,-2.5e-3, 3}", 3, {0.1, -2.5e-3, 3.0}},
+                {"{1e400,1e-400,010}", 3, {HUGE_VAL, 0.0, 10.0}},
+                {"{1.5x,abc, }", 3, {1.5, 0.0, 0.0}}});
 }
 
 // --- versions
 
 TEST(ReadVersion, PacksTheFirstCharactersOfItsPieces) {
-  expect_accepted(read_version, {{"1.2.3.4", 0x31323334U},
-                                 {"10.2", 0x3132U},
-                                 {"7", 0x37U},
-                                 {"1.2.3", 0x313233U},
-                                 {"1.2.3.4.5", 0x32333435U},
-                                 {"1.2.3.4.5.6.7.8.9", 0x36373839U},
-                                 {"..1...2..", 0x3132U},
-                                 {"v1.beta", 0x7662U},
-                                 {"1. 2", 0x3120U},
-                                 {"\xFF.\x80", 0xFF80U},
-                                 {"", 0U},
-                                 {"....", 0U}});
+  expect_accepted(read_version,
+                  {{"1.2.3.4", 0x31323334U},
+                   {"10.2", 0x3132U},
+                   {"7", 0x37U},
+                   {"1.2.3", 0x313233U},
+                   {"1.2.3.4.5", 0x32333435U},
+                   {"1.2.3.4.5.6.7.8.9", 0x36373839U},
+                   {"..1...2..", 0x3132U},
+                   {"v1.beta", 0x7662U},
+                   {"1. 2", 0x3120U},
+                   {"\xFF.\x80", 0xFF80U},
+                   {"", 0U},
+                   {"....", 0U}});
 }
 
 }  // namespace

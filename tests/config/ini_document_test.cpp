@@ -87,7 +87,8 @@ const AcceptedCase kAccepted[] = {
     {"PercentCutsLast", "[a]\na%b%c = 1\n", "[a]<a|1>"},
     {"CutsAtTheFirstHash", "[a]\na#b#c = 1\n", "[a]<a|1>"},
     {"IndentedCommentWithSeparatorIsAFieldWithoutKey", "[a]\n  # k = 5\n", "[a]<|5>"},
-    {"ValueKeepsWhatLooksLikeAComment", "[a]\nk = 40.0 # mm\nl = a;b\nm = %\nn = #\n",
+    {"ValueKeepsWhatLooksLikeAComment",
+     "[a]\nk = 40.0 # mm\nl = a;b\nm = %\nn = #\n",
      "[a]<k|40.0 # mm><l|a;b><m|%><n|#>"},
     {"ValueMayLookLikeAHeader", "[a]\nk = [b]\n", "[a]<k|[b]>"},
     {"EmptyValue", "[a]\nk =\nl = \t\n", "[a]<k|><l|>"},
@@ -156,8 +157,11 @@ const RefusedCase kRefused[] = {
     {"LoneClosingBracket", "[a]\n]", "l2: ini parsing failed, no '=' found", 2, "[a]"},
     {"OtherSeparator", "[a]\nk : v", "l2: ini parsing failed, no '=' found", 2, "[a]"},
     {"BlankAndCommentLinesCount", "\n# c\n\r\n[a]\n;\n%\n \nk\n", "l8: ini parsing failed, no '=' found", 8, "[a]"},
-    {"KeepsOtherSectionsAndLastValues", "[b]\nk = 1\nk = 2\nj = 3\n[a]\nl = 4\n[",
-     "l7: ini parsing failed, section not closed", 7, "[a]<l|4>[b]<j|3><k|2>"},
+    {"KeepsOtherSectionsAndLastValues",
+     "[b]\nk = 1\nk = 2\nj = 3\n[a]\nl = 4\n[",
+     "l7: ini parsing failed, section not closed",
+     7,
+     "[a]<l|4>[b]<j|3><k|2>"},
     {"StopsAtTheFirstFault", "[a]\nk\n[]\n[b]\nl = 1\n", "l2: ini parsing failed, no '=' found", 2, "[a]"},
 };
 
@@ -349,8 +353,8 @@ class PlainReader {
 // Texts of the characters that the dialect knows, cut into lines that are often right.
 std::string random_text(std::mt19937& random) {
   static const std::string kCharacters = "[]==#;% \t\r\n\v\fabk\0\xA0\xFF"s;
-  static const std::string kLines[] = {"[a]\n", "[b]\r\n", "k = v\n", " k=w \n",
-                                       "# c\n", "\n",      "k#a=\n",  "l = 1 = 2\n"};
+  static const std::string kLines[] = {
+      "[a]\n", "[b]\r\n", "k = v\n", " k=w \n", "# c\n", "\n", "k#a=\n", "l = 1 = 2\n"};
   std::string text = random() % 4 == 0 ? "" : "[a]\n";
   for (auto parts = random() % 12; parts > 0; --parts) {
     if (random() % 8 != 0) {

@@ -377,8 +377,8 @@ constexpr FieldRow<DeBasicParams_S> kReadBack[] = {
 };
 
 TEST_F(Basic, EveryFieldComesBackFromItsBits) {
-  expect_fields_come_back<DeBasicParams_S>(kReadBack, engine().basic, filled_with<DeBasicParams_S>(0x3C),
-                                           convert_basic_register_to_params);
+  expect_fields_come_back<DeBasicParams_S>(
+      kReadBack, engine().basic, filled_with<DeBasicParams_S>(0x3C), convert_basic_register_to_params);
 }
 
 TEST_F(Basic, ReadBackLeavesWhatTheRegistersDoNotHold) {
@@ -415,16 +415,16 @@ TEST_P(BasicDepthConstants, ComeBackInSinglePrecision) {
   EXPECT_EQ(bits_of(record().pbf), bits_of(c.pbf));
 }
 
-INSTANTIATE_TEST_SUITE_P(Basic, BasicDepthConstants,
-                         testing::Values(DepthCase{"OneMetre", 0x10624DD3, 1000.0F, 274877907.0F / 1099511627776.0F},
-                                         DepthCase{"MinusOneMetre", 0xEF9DB22D, -1000.0F, -0.00025F},
-                                         DepthCase{"ZeroHasNoDistance", 0, kInfinity, 0.0F},
-                                         DepthCase{"LargestPositive", 0x7FFFFFFF, 128.0F, 1.0F / 512},
-                                         DepthCase{"MostNegative", 0x80000000, -128.0F, -1.0F / 512},
-                                         DepthCase{"SmallestPositive", 1, 274877906944.0F, 1.0F / 1099511627776.0F},
-                                         DepthCase{"SmallestNegative", 0xFFFFFFFF, -274877906944.0F,
-                                                   -1.0F / 1099511627776.0F}),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Basic, BasicDepthConstants,
+    testing::Values(DepthCase{"OneMetre", 0x10624DD3, 1000.0F, 274877907.0F / 1099511627776.0F},
+                    DepthCase{"MinusOneMetre", 0xEF9DB22D, -1000.0F, -0.00025F},
+                    DepthCase{"ZeroHasNoDistance", 0, kInfinity, 0.0F},
+                    DepthCase{"LargestPositive", 0x7FFFFFFF, 128.0F, 1.0F / 512},
+                    DepthCase{"MostNegative", 0x80000000, -128.0F, -1.0F / 512},
+                    DepthCase{"SmallestPositive", 1, 274877906944.0F, 1.0F / 1099511627776.0F},
+                    DepthCase{"SmallestNegative", 0xFFFFFFFF, -274877906944.0F, -1.0F / 1099511627776.0F}),
+    [](const auto& test) { return test.param.name; });
 
 TEST_F(Basic, ReferencePlaneIsReadInCameraModeZeroOnlyTheFactorAlways) {
   set_camera_mode(0, 0);

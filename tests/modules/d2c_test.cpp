@@ -145,9 +145,8 @@ TEST_P(D2cRecovery, IsSetByTheParamsSetterBeforeItRefusesTheBaseline) {
 }
 
 INSTANTIATE_TEST_SUITE_P(D2c, D2cRecovery,
-                         testing::Values(RecoveryCase{"Off", 0, 0, 0, 0.25F},             //
-                                         RecoveryCase{"ModeOne", 1, 0, 1, 0.25F},         //
-                                         RecoveryCase{"ModeTwoExpands", 2, 1, 0, 0.75F},  //
+                         testing::Values(RecoveryCase{"Off", 0, 0, 0, 0.25F}, RecoveryCase{"ModeOne", 1, 0, 1, 0.25F},
+                                         RecoveryCase{"ModeTwoExpands", 2, 1, 0, 0.75F},
                                          RecoveryCase{"ModeThreeChangesNothing", 3, 7, 9, 0.25F},
                                          RecoveryCase{"NegativeModeChangesNothing", -1, 7, 9, 0.25F},
                                          RecoveryCase{"ModeIsNotCutToAByte", 0x102, 7, 9, 0.25F}),
@@ -291,12 +290,18 @@ struct EntryRow {
 };
 
 constexpr EntryRow kEntries[] = {
-    {"W0", 0, 0x50001210, 29, 0xFFE147AE},   {"W1", 1, 0x50001214, 29, 0xFFE147AE},
-    {"W2", 2, 0x50001218, 17, 0xFFFFFE14},   {"W3", 3, 0x5000121C, 12, 0xFFFFFFF1},
-    {"W4", 4, 0x50001220, 29, 0xFFE147AE},   {"W5", 5, 0x50001224, 29, 0xFFE147AE},
-    {"W6", 6, 0x50001228, 18, 0xFFFFFC29},   {"W7", 7, 0x5000122C, 12, 0xFFFFFFF1},
-    {"W8", 8, 0x50001230, 40, 0x0A3D70A4},   {"W9", 9, 0x50001234, 40, 0x0A3D70A4},
-    {"W10", 10, 0x50001238, 30, 0xFFC28F5C}, {"W11", 11, 0x5000123C, 27, 0xFFF851EC},
+    {"W0", 0, 0x50001210, 29, 0xFFE147AE},
+    {"W1", 1, 0x50001214, 29, 0xFFE147AE},
+    {"W2", 2, 0x50001218, 17, 0xFFFFFE14},
+    {"W3", 3, 0x5000121C, 12, 0xFFFFFFF1},
+    {"W4", 4, 0x50001220, 29, 0xFFE147AE},
+    {"W5", 5, 0x50001224, 29, 0xFFE147AE},
+    {"W6", 6, 0x50001228, 18, 0xFFFFFC29},
+    {"W7", 7, 0x5000122C, 12, 0xFFFFFFF1},
+    {"W8", 8, 0x50001230, 40, 0x0A3D70A4},
+    {"W9", 9, 0x50001234, 40, 0x0A3D70A4},
+    {"W10", 10, 0x50001238, 30, 0xFFC28F5C},
+    {"W11", 11, 0x5000123C, 27, 0xFFF851EC},
 };
 
 class D2cEntry : public EngineTest, public testing::WithParamInterface<EntryRow> {};
@@ -467,8 +472,8 @@ constexpr SetBits kSetBits[] = {
 };
 
 TEST_F(D2c, ControlKeepsTheBitsItDoesNotOwn) {
-  expect_other_bits_survive<D2cConfig>(kWritten, kSetBits, engine().d2c.config, {},
-                                       convert_d2c_ctrl_to_register_elements);
+  expect_other_bits_survive<D2cConfig>(
+      kWritten, kSetBits, engine().d2c.config, {}, convert_d2c_ctrl_to_register_elements);
 }
 
 TEST_F(D2c, EveryControlFieldLandsInItsBits) {
@@ -476,8 +481,8 @@ TEST_F(D2c, EveryControlFieldLandsInItsBits) {
 }
 
 TEST_F(D2c, EveryControlFieldComesBackFromItsBits) {
-  expect_fields_come_back<D2cConfig>(kReadBack, engine().d2c.config, filled_with<D2cConfig>(0x3C),
-                                     convert_d2c_register_to_params_cfg);
+  expect_fields_come_back<D2cConfig>(
+      kReadBack, engine().d2c.config, filled_with<D2cConfig>(0x3C), convert_d2c_register_to_params_cfg);
 }
 
 TEST_F(D2c, StartUpControlWordIsThatOfItsSettings) {

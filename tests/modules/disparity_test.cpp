@@ -135,7 +135,9 @@ TEST_F(Disparity, GrowMatchGroupIsStoredAndAnswered) {
 
 TEST_F(Disparity, ShadowCheckGroupIsStoredAndAnsweredWithoutItsPadding) {
   expect_group(
-      32, {2, 3}, [](const DeShadowCheckParams_S& in) { return set_shadow_check_params(&in); },
+      32,
+      {2, 3},
+      [](const DeShadowCheckParams_S& in) { return set_shadow_check_params(&in); },
       get_shadow_check_params);
 }
 
@@ -264,22 +266,22 @@ constexpr SetBits kSetBits[] = {
     {{0x500010E4, 26, 16}, 0},       // a3
     {{0x500010E4, 12, 0}, 0},        // a2
     {{0x500012C0, 31, 16}, 0x4040},  // constants
-    {{0x500012C8, 27, 26}, 2},       //
-    {{0x500012CC, 31, 30}, 2},       //
-    {{0x500012CC, 29, 28}, 0},       //
-    {{0x50001030, 28, 24}, 0},       // win_size
-    {{0x50001030, 23, 16}, 0},       // min_disparity
-    {{0x50001030, 15, 4}, 1},        // (0 - 1)^2
+    {{0x500012C8, 27, 26}, 2},
+    {{0x500012CC, 31, 30}, 2},
+    {{0x500012CC, 29, 28}, 0},
+    {{0x50001030, 28, 24}, 0},  // win_size
+    {{0x50001030, 23, 16}, 0},  // min_disparity
+    {{0x50001030, 15, 4}, 1},   // (0 - 1)^2
 };
 
 TEST_F(Disparity, ConversionKeepsTheBitsItDoesNotOwn) {
-  expect_other_bits_survive<Record>(written_fields(), kSetBits, engine().disparity, {},
-                                    convert_calc_disp_float_to_registers);
+  expect_other_bits_survive<Record>(
+      written_fields(), kSetBits, engine().disparity, {}, convert_calc_disp_float_to_registers);
 }
 
 TEST_F(Disparity, EveryFieldLandsInItsBits) {
-  expect_fields_land_in_their_bits<Record>(written_fields(), engine().disparity, {},
-                                           convert_calc_disp_float_to_registers);
+  expect_fields_land_in_their_bits<Record>(
+      written_fields(), engine().disparity, {}, convert_calc_disp_float_to_registers);
 }
 
 TEST_F(Disparity, EveryFieldComesBackFromItsBits) {
@@ -309,11 +311,19 @@ TEST_F(Disparity, WordsOfATunedRecordWorkedOutByHand) {
   fill_all_registers(0);
   EXPECT_EQ(outcome_of(convert_calc_disp_float_to_registers), silent_success());
 
-  constexpr std::uint32_t kExpected[][2] = {
-      {0x500010E0, 0x1F5602AA}, {0x500010E4, 0x07000200}, {0x500012C0, 0x4040D280}, {0x500012C4, 0x7FF3FE64},
-      {0x500012C8, 0xAB652143}, {0x500012CC, 0x8B456123}, {0x500012D0, 0x183CD2AB}, {0x500012E0, 0xC0550587},
-      {0x500012E4, 0x00001109}, {0x50001008, 0x00010500}, {0x50001030, 0x09F80400}, {0x50001034, 0x80320000},
-      {0x50001028, 0x00000400}};
+  constexpr std::uint32_t kExpected[][2] = {{0x500010E0, 0x1F5602AA},
+                                            {0x500010E4, 0x07000200},
+                                            {0x500012C0, 0x4040D280},
+                                            {0x500012C4, 0x7FF3FE64},
+                                            {0x500012C8, 0xAB652143},
+                                            {0x500012CC, 0x8B456123},
+                                            {0x500012D0, 0x183CD2AB},
+                                            {0x500012E0, 0xC0550587},
+                                            {0x500012E4, 0x00001109},
+                                            {0x50001008, 0x00010500},
+                                            {0x50001030, 0x09F80400},
+                                            {0x50001034, 0x80320000},
+                                            {0x50001028, 0x00000400}};
   for (const auto& [address, word] : kExpected)
     EXPECT_EQ(word_at(address), word) << std::hex << address;
 }

@@ -193,14 +193,14 @@ constexpr FieldRow<ExtendChopState> kPairs[] = {
 constexpr SetBits kSetBits[] = {{{kExtendedSize, 23, 12}, 0}, {{kExtendedSize, 11, 0}, 0}, {{kOutputArea, 31, 0}, 0}};
 
 TEST_F(ExtendChop, ConversionKeepsTheBitsItDoesNotOwn) {
-  expect_other_bits_survive<ExtendChopState>(kPairs, kSetBits, engine().extend_chop, {},
-                                             convert_extend_chop_float_to_registers);
+  expect_other_bits_survive<ExtendChopState>(
+      kPairs, kSetBits, engine().extend_chop, {}, convert_extend_chop_float_to_registers);
 }
 
 TEST_F(ExtendChop, EveryFieldLandsInItsBits) {
   // One chop value leaves the other side of the area 0, so the area stays 0.
-  expect_fields_land_in_their_bits<ExtendChopState>(kPairs, engine().extend_chop, {},
-                                                    convert_extend_chop_float_to_registers);
+  expect_fields_land_in_their_bits<ExtendChopState>(
+      kPairs, engine().extend_chop, {}, convert_extend_chop_float_to_registers);
 }
 
 TEST_F(ExtendChop, EveryFieldComesBackUnsigned) {
@@ -219,9 +219,13 @@ TEST_F(ExtendChop, WordsWorkedOutByHand) {
   set_image(640, 480);
   EXPECT_EQ(set({1, 0x234, 0x567, 0x89A}, {16, 16, 8, 8}, {4, 4, 2, 2}), 0);
   EXPECT_EQ(outcome_of(convert_extend_chop_float_to_registers), silent_success());
-  constexpr std::uint32_t kExpected[][2] = {
-      {kExtendedSize, 0x002A01F0}, {kOutputArea, 326688},    {0x50001078, 0x00010234}, {0x5000107C, 0x0567089A},
-      {0x500010C8, 0x00040004},    {0x500010CC, 0x00020002}, {0x500012D4, 0x00100010}};
+  constexpr std::uint32_t kExpected[][2] = {{kExtendedSize, 0x002A01F0},
+                                            {kOutputArea, 326688},
+                                            {0x50001078, 0x00010234},
+                                            {0x5000107C, 0x0567089A},
+                                            {0x500010C8, 0x00040004},
+                                            {0x500010CC, 0x00020002},
+                                            {0x500012D4, 0x00100010}};
   for (const auto& [address, word] : kExpected)
     EXPECT_EQ(word_at(address), word) << std::hex << address;
 }

@@ -47,22 +47,20 @@ TEST_P(EncodeWithoutMessage, GivesTheField) {
   EXPECT_EQ(outcome_of([&] { return de_float_to_fixed(c.value, c.width, c.frac_bits, "x"); }), silent(c.expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(FixedPoint, EncodeWithoutMessage,
-                         testing::Values(EncodeCase{"MinusEight", -8.0, 8, 0, 0xF8},                      //
-                                         EncodeCase{"SmallNegativeRoundsToZero", -0.4, 8, 0, 0},          //
-                                         EncodeCase{"MinusPointSixRoundsToMinusOne", -0.6, 8, 0, 0xFF},   //
-                                         EncodeCase{"NoSignednessCheck", 255.0, 8, 0, 255},               //
-                                         EncodeCase{"HalfGoesAwayFromZero", 2.5, 8, 0, 3},                //
-                                         EncodeCase{"NegativeHalfGoesAwayFromZero", -2.5, 8, 0, 0xFD},    //
-                                         EncodeCase{"NegativeZero", -0.0, 8, 0, 0},                       //
-                                         EncodeCase{"LowestNegativeWraps", -256.0, 8, 0, 0},              //
-                                         EncodeCase{"BelowOneRoundsUpToOne", 0.5, 1, 0, 1},               //
-                                         EncodeCase{"ReferencePlane", 1.0 / 1000.0, 32, 38, 0x10624DD3},  //
-                                         EncodeCase{"AllOnesIsLegitimate", 4294967295.0, 32, 0, 0xFFFFFFFF},
-                                         EncodeCase{"WidthCountsModulo64", 3.0, 66, 0, 3},     //
-                                         EncodeCase{"FractionCountsModulo64", 3.0, 8, 64, 3},  //
-                                         EncodeCase{"DenormalIsZero", 5e-324, 32, 43, 0}),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    FixedPoint, EncodeWithoutMessage,
+    testing::Values(EncodeCase{"MinusEight", -8.0, 8, 0, 0xF8}, EncodeCase{"SmallNegativeRoundsToZero", -0.4, 8, 0, 0},
+                    EncodeCase{"MinusPointSixRoundsToMinusOne", -0.6, 8, 0, 0xFF},
+                    EncodeCase{"NoSignednessCheck", 255.0, 8, 0, 255}, EncodeCase{"HalfGoesAwayFromZero", 2.5, 8, 0, 3},
+                    EncodeCase{"NegativeHalfGoesAwayFromZero", -2.5, 8, 0, 0xFD},
+                    EncodeCase{"NegativeZero", -0.0, 8, 0, 0}, EncodeCase{"LowestNegativeWraps", -256.0, 8, 0, 0},
+                    EncodeCase{"BelowOneRoundsUpToOne", 0.5, 1, 0, 1},
+                    EncodeCase{"ReferencePlane", 1.0 / 1000.0, 32, 38, 0x10624DD3},
+                    EncodeCase{"AllOnesIsLegitimate", 4294967295.0, 32, 0, 0xFFFFFFFF},
+                    EncodeCase{"WidthCountsModulo64", 3.0, 66, 0, 3},
+                    EncodeCase{"FractionCountsModulo64", 3.0, 8, 64, 3},
+                    EncodeCase{"DenormalIsZero", 5e-324, 32, 43, 0}),
+    [](const auto& test) { return test.param.name; });
 
 TEST(FixedPoint, OverflowPrintsTwoLinesAndGivesAllOnes) {
   EXPECT_EQ(outcome_of([] { return de_float_to_fixed(1.0, 8, 8, "x"); }),
@@ -83,7 +81,8 @@ TEST(FixedPoint, NegativeOverflowPrintsTheWrappedNumber) {
 TEST(FixedPoint, InfinitiesAndNanOverflow) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const auto& [value, text, rounded] :
-       {std::tuple{kInfinity, "inf", "18446744073709551615"}, std::tuple{-kInfinity, "-inf", "9223372036854775808"},
+       {std::tuple{kInfinity, "inf", "18446744073709551615"},
+        std::tuple{-kInfinity, "-inf", "9223372036854775808"},
         std::tuple{std::numeric_limits<double>::quiet_NaN(), "nan", "9223372036854775808"}}) {
     const Outcome outcome = outcome_of([v = value] { return de_float_to_fixed(v, 8, 0, "x"); });
     EXPECT_EQ(outcome.code, 0xFFFFFFFF);

@@ -83,10 +83,15 @@ TEST_F(Gpm, WholeRecordTravelsWithItsPaddingUnderBothNames) {
 TEST_F(Gpm, NullPointersAreRefusedAndChangeNothing) {
   const std::vector<unsigned char> before = untouched();
   const Points some{1, 2, 3};
-  for (const std::int32_t code : {de_update_gpm_params(nullptr), get_gpm_params(nullptr), de_copy_gpm_params(nullptr),
-                                  set_x_y_coordinates(nullptr, some.data()), set_x_y_coordinates(some.data(), nullptr),
-                                  set_gpm_enable_columns(nullptr, 5), set_gpm_config(nullptr, 1),
-                                  get_global_points_status(nullptr), de_copy_gp_status_params(nullptr)}) {
+  for (const std::int32_t code : {de_update_gpm_params(nullptr),
+                                  get_gpm_params(nullptr),
+                                  de_copy_gpm_params(nullptr),
+                                  set_x_y_coordinates(nullptr, some.data()),
+                                  set_x_y_coordinates(some.data(), nullptr),
+                                  set_gpm_enable_columns(nullptr, 5),
+                                  set_gpm_config(nullptr, 1),
+                                  get_global_points_status(nullptr),
+                                  de_copy_gp_status_params(nullptr)}) {
     EXPECT_EQ(code, -2);
   }
   EXPECT_EQ(bytes_of(record()), before);
@@ -206,8 +211,8 @@ TEST_F(Gpm, EveryFieldLandsInItsBits) {
 }
 
 TEST_F(Gpm, EveryFieldComesBackUnsignedFromItsBits) {
-  expect_fields_come_back<Record>(fields(), engine().gpm.params, filled_with<Record>(kBefore),
-                                  convert_gpm_registers_to_float);
+  expect_fields_come_back<Record>(
+      fields(), engine().gpm.params, filled_with<Record>(kBefore), convert_gpm_registers_to_float);
 }
 
 TEST_F(Gpm, WordsWorkedOutByHand) {
@@ -224,11 +229,19 @@ TEST_F(Gpm, WordsWorkedOutByHand) {
   set_gpm_enable_columns(rows.data(), 4);
   set_gpm_config(&config, 1);
   EXPECT_EQ(outcome_of(convert_gpm_float_to_registers), silent_success());
-  constexpr std::uint32_t kExpected[][2] = {
-      {0x50001300, 0x00456123}, {0x50001304, 0},          {0x5000131C, 0x00789FFF},  {0x50001320, 0},
-      {0x50001324, 0x00007800}, {0x50001340, 0x80000011}, {0x5000135C, 0x00000002},  {0x50001360, 0x845B27A1},
-      {0x50001364, 0x001C32D4}, {0x50001368, 0x00FC0040}, {kColumnsLow, 0x0000F410}, {kColumnsHigh, 0},
-      {0x50001374, 0x00000103}};
+  constexpr std::uint32_t kExpected[][2] = {{0x50001300, 0x00456123},
+                                            {0x50001304, 0},
+                                            {0x5000131C, 0x00789FFF},
+                                            {0x50001320, 0},
+                                            {0x50001324, 0x00007800},
+                                            {0x50001340, 0x80000011},
+                                            {0x5000135C, 0x00000002},
+                                            {0x50001360, 0x845B27A1},
+                                            {0x50001364, 0x001C32D4},
+                                            {0x50001368, 0x00FC0040},
+                                            {kColumnsLow, 0x0000F410},
+                                            {kColumnsHigh, 0},
+                                            {0x50001374, 0x00000103}};
   for (const auto& [address, word] : kExpected)
     EXPECT_EQ(word_at(address), word) << std::hex << address;
 }

@@ -167,13 +167,34 @@ constexpr SizeRow kSizes[] = {
     {"Seven",
      7,
      0x131703A0,
-     {0x16BA2FDE, 0x18AC1B10, 0x11F4E3CF, 0x1667058C, 0x039FBFC9, 0x1A70855A, 0x148FBE2A, 0x042DBABA, 0x29DCBECF,
+     {0x16BA2FDE,
+      0x18AC1B10,
+      0x11F4E3CF,
+      0x1667058C,
+      0x039FBFC9,
+      0x1A70855A,
+      0x148FBE2A,
+      0x042DBABA,
+      0x29DCBECF,
       0x3CF3CF3C}},
     {"Nine",
      9,
      0x15197300,
-     {0x10D97EFA, 0x12F90ED0, 0x124A2A95, 0x12F9925A, 0x0DA35BBF, 0x01F0E01E, 0x11BD10E5, 0x07C38F18, 0x0AB80EFF,
-      0x1DD2BEC4, 0x11059EF7, 0x05131DFB, 0x10420E02, 0x260DE270, 0x2F684BDA}},
+     {0x10D97EFA,
+      0x12F90ED0,
+      0x124A2A95,
+      0x12F9925A,
+      0x0DA35BBF,
+      0x01F0E01E,
+      0x11BD10E5,
+      0x07C38F18,
+      0x0AB80EFF,
+      0x1DD2BEC4,
+      0x11059EF7,
+      0x05131DFB,
+      0x10420E02,
+      0x260DE270,
+      0x2F684BDA}},
 };
 
 class PrefilterSize : public EngineTest, public testing::WithParamInterface<SizeRow> {};
@@ -277,8 +298,8 @@ constexpr FieldRow<PrefilterState> kReadBack[] = {
 
 TEST_F(Prefilter, ImageSizeLandsInItsBits) {
   // With one side 0 the product stays 0 and only the side moves.
-  expect_fields_land_in_their_bits<PrefilterState>(kImage, engine().prefilter, {},
-                                                   convert_prefilter_float_to_registers);
+  expect_fields_land_in_their_bits<PrefilterState>(
+      kImage, engine().prefilter, {}, convert_prefilter_float_to_registers);
 }
 
 TEST_F(Prefilter, ProductIsWholeWhereTheSidesAreCut) {

@@ -266,8 +266,8 @@ TEST_F(Rectify, MatrixAndCoefficientsAreExactInMixedPrecision) {
       value = random.between(-1, 1);
     for (float& value : distortion)
       value = random.between(-0.5F, 0.5F);
-    const float k[]{random.between(300, 2000), random.between(300, 2000), random.between(200, 1000),
-                    random.between(200, 1000)};
+    const float k[]{
+        random.between(300, 2000), random.between(300, 2000), random.between(200, 1000), random.between(200, 1000)};
     const RectifyIntrinsic intrinsic{};
     ASSERT_EQ(set_rectify_params_brown(1, &intrinsic, distortion, rotation, k), 0);
     const Nine matrix = expected_matrix(rotation, k);
@@ -409,15 +409,15 @@ std::vector<FieldRow<RectifyState>> all_control() {
 }
 
 TEST_F(Rectify, ControlKeepsTheBitsItDoesNotOwn) {
-  expect_other_bits_survive<RectifyState>(all_control(), {}, engine().rectify, {},
-                                          convert_rectify_control_float_to_register);
+  expect_other_bits_survive<RectifyState>(
+      all_control(), {}, engine().rectify, {}, convert_rectify_control_float_to_register);
 }
 
 TEST_F(Rectify, EveryOwnControlFieldLandsInItsBits) {
-  expect_fields_land_in_their_bits<RectifyState>(kOwnControl, engine().rectify, {},
-                                                 convert_rectify_control_float_to_register);
-  expect_fields_land_in_their_bits<RectifyState>(kCommon, engine().rectify, {},
-                                                 convert_rectify_control_float_to_register);
+  expect_fields_land_in_their_bits<RectifyState>(
+      kOwnControl, engine().rectify, {}, convert_rectify_control_float_to_register);
+  expect_fields_land_in_their_bits<RectifyState>(
+      kCommon, engine().rectify, {}, convert_rectify_control_float_to_register);
 }
 
 TEST_F(Rectify, SharedControlFieldsLandInBothRegisters) {
@@ -626,8 +626,9 @@ TEST_F(Rectify, StereoOverflowNamesTheCameraAndKeepsTheOneBefore) {
   fill_all_registers(0x5A5A5A5A);
   engine().rectify.camera[1].kk[8] = 4;
   EXPECT_EQ(outcome_of(convert_rectify_params_to_register_elements),
-            prints_out(4096, overflow_lines(4, 26, 24, "rectify_k8") +
-                                 "convert_rectify_kk_float_to_register error!,camera id = 1 \n"));
+            prints_out(4096,
+                       overflow_lines(4, 26, 24, "rectify_k8") +
+                           "convert_rectify_kk_float_to_register error!,camera id = 1 \n"));
   EXPECT_EQ(word_at(0x52000060), 200U << 20);  // camera 1 is the first
   EXPECT_EQ(word_at(0x52000000), 0x00800000U);
   EXPECT_EQ(word_at(0x52080060), 0x5A5A5A5AU);
@@ -635,8 +636,9 @@ TEST_F(Rectify, StereoOverflowNamesTheCameraAndKeepsTheOneBefore) {
   engine().rectify.camera[1].kk[8] = 0;
   engine().rectify.camera[0].matrix[8] = 2;
   EXPECT_EQ(outcome_of(convert_rectify_params_to_register_elements),
-            prints_out(4096, overflow_lines(2, 32, 31, "rectify_r8") +
-                                 "convert_rectify_commom_float_to_register error!,camera id = 0 \n"));
+            prints_out(4096,
+                       overflow_lines(2, 32, 31, "rectify_r8") +
+                           "convert_rectify_commom_float_to_register error!,camera id = 0 \n"));
   EXPECT_EQ(word_at(0x52000020), 0U);
   EXPECT_EQ(word_at(0x5208004C), 0U);
   EXPECT_EQ(word_at(0x52080060), 0x5A5A5A5AU);
@@ -759,8 +761,18 @@ using Flags = std::vector<unsigned>;
 
 Flags flags() {
   const RectifyState& r = engine().rectify;
-  return {r.en0[0],  r.en1[0],     r.en0[1], r.en1[1],       r.lut_en0,          r.kk_en,
-          r.lut_en1, r.start_rows, r.sbg_en, r.rotate_90_en, r.rotate_clockwise, r.sub_mode_sel};
+  return {r.en0[0],
+          r.en1[0],
+          r.en0[1],
+          r.en1[1],
+          r.lut_en0,
+          r.kk_en,
+          r.lut_en1,
+          r.start_rows,
+          r.sbg_en,
+          r.rotate_90_en,
+          r.rotate_clockwise,
+          r.sub_mode_sel};
 }
 
 class RectifyReadBack : public Rectify {

@@ -359,8 +359,9 @@ TEST_F(GetEntryPoints, D2cDecodesTheProjection) {
   EXPECT_EQ(de_get_d2c_params_from_registers(&config), 0);
   std::vector<double> w(12);
   EXPECT_EQ(get_d2c_params(&config, w.data()), 0);
-  EXPECT_EQ(w, (std::vector<double>{2.3125, 0.75, -24, 592, -0.765625, 3.0625, 118, -196, 1.0 / 2048, -1.0 / 512,
-                                    1.3125, 0.125}));
+  EXPECT_EQ(w,
+            (std::vector<double>{
+                2.3125, 0.75, -24, 592, -0.765625, 3.0625, 118, -196, 1.0 / 2048, -1.0 / 512, 1.3125, 0.125}));
 }
 
 TEST_F(GetEntryPoints, BitsOutsideTheMasksAreKeptAndWrittenBack) {

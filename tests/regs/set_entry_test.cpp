@@ -379,13 +379,16 @@ TEST_F(SetEntryPoints, RectifyOverflowOfCamera1EndsBeforeAnyTransferAndBeforeCam
   params.cam1.fx = 5000;
   const Elements before = library_registers();
   EXPECT_EQ(outcome_of([&] { return de_set_rectify_params_to_registers(&params, &kCtrl); }),
-            prints_out(4096, overflow_lines(5000, 32, 20, "rectify_fx") +
-                                 "convert_rectify_commom_float_to_register error!,camera id = 1 \n"));
+            prints_out(4096,
+                       overflow_lines(5000, 32, 20, "rectify_fx") +
+                           "convert_rectify_commom_float_to_register error!,camera id = 1 \n"));
   EXPECT_TRUE(device_.log().empty());
   EXPECT_EQ(engine().rectify.camera[1].intrinsic.fx, 5000.0F);
   EXPECT_EQ(library_registers(),
-            with_values(before, consecutive(0x52000030, sample::kAll,
-                                            {0x20000000, 0, 0xE0000000, 0, 0x40000000, 0xF0000000, 0, 0, 0x80000000})));
+            with_values(before,
+                        consecutive(0x52000030,
+                                    sample::kAll,
+                                    {0x20000000, 0, 0xE0000000, 0, 0x40000000, 0xF0000000, 0, 0, 0x80000000})));
 }
 
 TEST_F(SetEntryPoints, RectifyOverflowOfCamera0LeavesCamera1Converted) {
@@ -393,8 +396,9 @@ TEST_F(SetEntryPoints, RectifyOverflowOfCamera0LeavesCamera1Converted) {
   DeRectifyParams_S params = kRectify;
   params.cam0.cy = 5000;
   EXPECT_EQ(outcome_of([&] { return de_set_rectify_params_to_registers(&params, &kCtrl); }),
-            prints_out(4096, overflow_lines(5000, 32, 20, "rectify_cy") +
-                                 "convert_rectify_commom_float_to_register error!,camera id = 0 \n"));
+            prints_out(4096,
+                       overflow_lines(5000, 32, 20, "rectify_cy") +
+                           "convert_rectify_commom_float_to_register error!,camera id = 0 \n"));
   EXPECT_TRUE(device_.log().empty());
   const Elements camera_1(engine().registers.rectify[1].begin(), engine().registers.rectify[1].end());
   EXPECT_EQ(camera_1, sample::sbg2r_words());

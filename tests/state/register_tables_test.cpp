@@ -31,13 +31,14 @@ TEST(StartUpTables, ElementsAreThreeWordsWithoutGaps) {
 }
 
 TEST(StartUpTables, BasicControl) {
-  EXPECT_EQ(copied<5>(de_copy_basic_d2c_d2d_ctrl_register_table), (Elements{
-                                                                      {0x50001000, 0x00013030, 0x00000000},
-                                                                      {0x50001028, 0x0000C400, 0x00000000},
-                                                                      {0x50001200, 0xDCFFFFFF, 0x0C1800C0},
-                                                                      {0x5000120C, 0x000000FF, 0x00000055},
-                                                                      {0x5000188C, 0x0000000E, 0x00000000},
-                                                                  }));
+  EXPECT_EQ(copied<5>(de_copy_basic_d2c_d2d_ctrl_register_table),
+            (Elements{
+                {0x50001000, 0x00013030, 0x00000000},
+                {0x50001028, 0x0000C400, 0x00000000},
+                {0x50001200, 0xDCFFFFFF, 0x0C1800C0},
+                {0x5000120C, 0x000000FF, 0x00000055},
+                {0x5000188C, 0x0000000E, 0x00000000},
+            }));
 }
 
 TEST(StartUpTables, D2dParameters) {
@@ -52,55 +53,58 @@ TEST(StartUpTables, D2cParameters) {
 }
 
 TEST(StartUpTables, Prefilter) {
-  EXPECT_EQ(copied<18>(de_copy_prefilter_register_table), (Elements{
-                                                              {0x50001080, 0x1FFFFFFF, 0x01950034},
-                                                              {0x50001084, 0xFFFFFFFF, 0x21D3019C},
-                                                              {0x50001088, 0xFFFFFFFF, 0x1EEC5782},
-                                                              {0x5000108C, 0xFFFFFFFF, 0x06D78588},
-                                                              {0x50001090, 0xFFFFFFFF, 0x1870D763},
-                                                              {0x50001094, 0xFFFFFFFF, 0x25CAC26A},
-                                                              {0x50001098, 0xFFFFFFFF, 0x55555555},
-                                                              {0x5000109C, 0xFFFFFFFF, 0},
-                                                              {0x500010A0, 0xFFFFFFFF, 0},
-                                                              {0x500010A4, 0xFFFFFFFF, 0},
-                                                              {0x500010A8, 0xFFFFFFFF, 0},
-                                                              {0x500010AC, 0xFFFFFFFF, 0},
-                                                              {0x500010B0, 0xFFFFFFFF, 0},
-                                                              {0x500010B4, 0xFFFFFFFF, 0},
-                                                              {0x500010B8, 0xFFFFFFFF, 0},
-                                                              {0x500010BC, 0xFFFFFFFF, 0},
-                                                              {0x500010D0, 0x00FFFFFF, 0},
-                                                              {0x500010D4, 0xFFFFFFFF, 0},
-                                                          }));
+  EXPECT_EQ(copied<18>(de_copy_prefilter_register_table),
+            (Elements{
+                {0x50001080, 0x1FFFFFFF, 0x01950034},
+                {0x50001084, 0xFFFFFFFF, 0x21D3019C},
+                {0x50001088, 0xFFFFFFFF, 0x1EEC5782},
+                {0x5000108C, 0xFFFFFFFF, 0x06D78588},
+                {0x50001090, 0xFFFFFFFF, 0x1870D763},
+                {0x50001094, 0xFFFFFFFF, 0x25CAC26A},
+                {0x50001098, 0xFFFFFFFF, 0x55555555},
+                {0x5000109C, 0xFFFFFFFF, 0},
+                {0x500010A0, 0xFFFFFFFF, 0},
+                {0x500010A4, 0xFFFFFFFF, 0},
+                {0x500010A8, 0xFFFFFFFF, 0},
+                {0x500010AC, 0xFFFFFFFF, 0},
+                {0x500010B0, 0xFFFFFFFF, 0},
+                {0x500010B4, 0xFFFFFFFF, 0},
+                {0x500010B8, 0xFFFFFFFF, 0},
+                {0x500010BC, 0xFFFFFFFF, 0},
+                {0x500010D0, 0x00FFFFFF, 0},
+                {0x500010D4, 0xFFFFFFFF, 0},
+            }));
 }
 
 TEST(StartUpTables, ExtendChop) {
-  EXPECT_EQ(copied<7>(de_copy_extend_chop_register_table), (Elements{
-                                                               {0x50001070, 0x00FFFFFF, 0},
-                                                               {0x50001074, 0xFFFFFFFF, 0},
-                                                               {0x50001078, 0x0FFF0FFF, 0},
-                                                               {0x5000107C, 0x0FFF0FFF, 0},
-                                                               {0x500010C8, 0x0FFF0FFF, 0},
-                                                               {0x500010CC, 0x0FFF0FFF, 0},
-                                                               {0x500012D4, 0x0FFF0FFF, 0},
-                                                           }));
+  EXPECT_EQ(copied<7>(de_copy_extend_chop_register_table),
+            (Elements{
+                {0x50001070, 0x00FFFFFF, 0},
+                {0x50001074, 0xFFFFFFFF, 0},
+                {0x50001078, 0x0FFF0FFF, 0},
+                {0x5000107C, 0x0FFF0FFF, 0},
+                {0x500010C8, 0x0FFF0FFF, 0},
+                {0x500010CC, 0x0FFF0FFF, 0},
+                {0x500012D4, 0x0FFF0FFF, 0},
+            }));
 }
 
 TEST(StartUpTables, Disparity) {
-  EXPECT_EQ(copied<12>(de_copy_disp_calc_register_table), (Elements{
-                                                              {0x500010E0, 0x1FFF1FFF, 0x1F5602AA},
-                                                              {0x500010E4, 0xFFFFFFFF, 0},
-                                                              {0x500012C0, 0xFFFFFFFF, 0x40400000},
-                                                              {0x500012C4, 0xFFFFFFFF, 0},
-                                                              {0x500012C8, 0xFFFFFFFF, 0},
-                                                              {0x500012CC, 0xFFFFFFFF, 0},
-                                                              {0x500012D0, 0xFFFFFFFF, 0},
-                                                              {0x500012E0, 0xFFFFFFFF, 0},
-                                                              {0x500012E4, 0xFFFFFFFF, 0},
-                                                              {0x50001008, 0x00010F00, 0},
-                                                              {0x50001030, 0x1FFFFFF0, 0},
-                                                              {0x50001034, 0xFFFFFFFF, 0x00320000},
-                                                          }));
+  EXPECT_EQ(copied<12>(de_copy_disp_calc_register_table),
+            (Elements{
+                {0x500010E0, 0x1FFF1FFF, 0x1F5602AA},
+                {0x500010E4, 0xFFFFFFFF, 0},
+                {0x500012C0, 0xFFFFFFFF, 0x40400000},
+                {0x500012C4, 0xFFFFFFFF, 0},
+                {0x500012C8, 0xFFFFFFFF, 0},
+                {0x500012CC, 0xFFFFFFFF, 0},
+                {0x500012D0, 0xFFFFFFFF, 0},
+                {0x500012E0, 0xFFFFFFFF, 0},
+                {0x500012E4, 0xFFFFFFFF, 0},
+                {0x50001008, 0x00010F00, 0},
+                {0x50001030, 0x1FFFFFF0, 0},
+                {0x50001034, 0xFFFFFFFF, 0x00320000},
+            }));
 }
 
 TEST(StartUpTables, GlobalPoints) {
@@ -120,12 +124,13 @@ TEST(StartUpTables, LastElementOfGlobalPointsIsOutOfAddressOrder) {
 
 TEST(StartUpTables, FirstCopyOfGlobalPointStatusYields261ElementsOfValueZero) {
   const Elements elements = copied<261>(de_copy_gp_status_register_table);
-  EXPECT_EQ(elements, joined({{{0x5000137C, 0xFFFFFFFF, 0},
-                               {0x50001380, 0xFFFFFFFF, 0},
-                               {0x50001384, 0xFFFFFFFF, 0},
-                               {0x50001388, 0xFFFFFFFF, 0},
-                               {0x5000138C, 0xFFFFFFFF, 0}},
-                              repeated(256, 0x50001400, 0xFFFFFFFF, 0)}));
+  EXPECT_EQ(elements,
+            joined({{{0x5000137C, 0xFFFFFFFF, 0},
+                     {0x50001380, 0xFFFFFFFF, 0},
+                     {0x50001384, 0xFFFFFFFF, 0},
+                     {0x50001388, 0xFFFFFFFF, 0},
+                     {0x5000138C, 0xFFFFFFFF, 0}},
+                    repeated(256, 0x50001400, 0xFFFFFFFF, 0)}));
   EXPECT_EQ(elements[260].address, 0x500017FCU);
 }
 
@@ -154,8 +159,12 @@ TEST(StartUpTables, Sbg2rParametersAreCamera1s) {
 }
 
 Elements lut_info(std::uint32_t block) {
-  return {{block + 0x74, 0x03FF03FF, 0}, {block + 0x90, 0xFFFFFFFF, 0}, {block + 0x94, 0xFFFFFFFF, 0},
-          {block + 0x98, 0xFFFFFFFF, 0}, {block + 0x9C, 0xFFFFFFFF, 0}, {block + 0xD4, 0x03FF03FF, 0},
+  return {{block + 0x74, 0x03FF03FF, 0},
+          {block + 0x90, 0xFFFFFFFF, 0},
+          {block + 0x94, 0xFFFFFFFF, 0},
+          {block + 0x98, 0xFFFFFFFF, 0},
+          {block + 0x9C, 0xFFFFFFFF, 0},
+          {block + 0xD4, 0x03FF03FF, 0},
           {block + 0x70, 0x00000300, 0}};
 }
 

@@ -77,10 +77,25 @@ inline void set_image_size() {
 
 inline Elements prefilter_words() {
   return joined({consecutive(0x50001080, 0x1FFFFFFF, {0x131703A0}),  // 1, 49, 7, size code
-                 consecutive(0x50001084, kAll,
-                             {0x16BA2FDE, 0x18AC1B10, 0x11F4E3CF, 0x1667058C, 0x039FBFC9, 0x1A70855A, 0x148FBE2A,
-                              0x042DBABA, 0x29DCBECF, 0x3CF3CF3C, 0, 0, 0, 0, 0}),
-                 consecutive(0x500010D0, 0x00FFFFFF, {0x002801E0}), consecutive(0x500010D4, kAll, {307200})});
+                 consecutive(0x50001084,
+                             kAll,
+                             {0x16BA2FDE,
+                              0x18AC1B10,
+                              0x11F4E3CF,
+                              0x1667058C,
+                              0x039FBFC9,
+                              0x1A70855A,
+                              0x148FBE2A,
+                              0x042DBABA,
+                              0x29DCBECF,
+                              0x3CF3CF3C,
+                              0,
+                              0,
+                              0,
+                              0,
+                              0}),
+                 consecutive(0x500010D0, 0x00FFFFFF, {0x002801E0}),
+                 consecutive(0x500010D4, kAll, {307200})});
 }
 
 inline std::int32_t write_prefilter() {
@@ -101,8 +116,12 @@ inline void set_extended_size() {
 }
 
 inline Elements extend_chop_words() {
-  return {{0x50001070, 0x00FFFFFF, 0x002A01F0}, {0x50001074, kAll, 491 * 663},    {0x50001078, kPairs, 0x00010002},
-          {0x5000107C, kPairs, 0x00030004},     {0x500010C8, kPairs, 0x00040005}, {0x500010CC, kPairs, 0x00020003},
+  return {{0x50001070, 0x00FFFFFF, 0x002A01F0},
+          {0x50001074, kAll, 491 * 663},
+          {0x50001078, kPairs, 0x00010002},
+          {0x5000107C, kPairs, 0x00030004},
+          {0x500010C8, kPairs, 0x00040005},
+          {0x500010CC, kPairs, 0x00020003},
           {0x500012D4, kPairs, 0x000F0011}};
 }
 
@@ -154,10 +173,14 @@ inline DeDispCalcParams_S disparity() {
 inline Elements disparity_words() {
   return {{0x500010E0, 0x1FFF1FFF, 0x1F000200},  // a1 = -256 / 1024, a0 = 512 / 1024
           {0x500010E4, kAll, 0x00800400},        // a3 = 128 / 1024, a2 = 1024 / 1024
-          {0x500012C0, kAll, 0x4040D140},       {0x500012C4, kAll, 0x12345678},
-          {0x500012C8, kAll, 0xAB214365},       {0x500012CC, kAll, 0x89ABCDEF},
-          {0x500012D0, kAll, 0x98765432},       {0x500012E0, kAll, 0xC0550677},
-          {0x500012E4, kAll, 0x00001A0B},       {0x50001008, 0x00010F00, 0x00010500},
+          {0x500012C0, kAll, 0x4040D140},
+          {0x500012C4, kAll, 0x12345678},
+          {0x500012C8, kAll, 0xAB214365},
+          {0x500012CC, kAll, 0x89ABCDEF},
+          {0x500012D0, kAll, 0x98765432},
+          {0x500012E0, kAll, 0xC0550677},
+          {0x500012E4, kAll, 0x00001A0B},
+          {0x50001008, 0x00010F00, 0x00010500},
           {0x50001030, 0x1FFFFFF0, 0x09F80400},  // 9, -8, (9 - 1)^2
           {0x50001034, kAll, 0xABCDEF01}};
 }
@@ -192,15 +215,39 @@ inline DeGpmParams_S gpm() {
 }
 
 inline Elements gpm_words() {
-  return joined(
-      {consecutive(0x50001300, 0x00FFFFFF,
-                   {0x00101100, 0x00103102, 0x00105104, 0x00107106, 0x00109108, 0x0010B10A, 0x0010D10C, 0x0010F10E,
-                    0x00201200, 0x00203202, 0x00205204, 0x00207206, 0x00209208, 0x0020B20A, 0x0020D20C, 0x0020F20E}),
-       consecutive(0x50001340, kAll,
-                   {0x00110010, 0x00130012, 0x00150014, 0x00170016, 0x00190018, 0x001B001A, 0x001D001C, 0x001F001E,
-                    0x8A1552AA, 0x001A52D3}),
-       consecutive(0x5000136C, kAll, {0x87654321, 0x000000A9}), consecutive(0x50001374, 0x0000011F, {0x00000115}),
-       consecutive(0x50001368, 0x00FFFFFF, {0x00FFB005})});
+  return joined({consecutive(0x50001300,
+                             0x00FFFFFF,
+                             {0x00101100,
+                              0x00103102,
+                              0x00105104,
+                              0x00107106,
+                              0x00109108,
+                              0x0010B10A,
+                              0x0010D10C,
+                              0x0010F10E,
+                              0x00201200,
+                              0x00203202,
+                              0x00205204,
+                              0x00207206,
+                              0x00209208,
+                              0x0020B20A,
+                              0x0020D20C,
+                              0x0020F20E}),
+                 consecutive(0x50001340,
+                             kAll,
+                             {0x00110010,
+                              0x00130012,
+                              0x00150014,
+                              0x00170016,
+                              0x00190018,
+                              0x001B001A,
+                              0x001D001C,
+                              0x001F001E,
+                              0x8A1552AA,
+                              0x001A52D3}),
+                 consecutive(0x5000136C, kAll, {0x87654321, 0x000000A9}),
+                 consecutive(0x50001374, 0x0000011F, {0x00000115}),
+                 consecutive(0x50001368, 0x00FFFFFF, {0x00FFB005})});
 }
 
 // The status registers, with words of the single points that never reach the library.
@@ -241,10 +288,20 @@ inline D2cConfig d2c() {
 }
 
 inline Elements projection_words() {
-  return consecutive(0x50001210, kAll,
-                     {0x4A000000, 0x18000000, 0xFFD00000, 0x00250000,    // 2.3125, 0.75, -24, 592
-                      0xE7800000, 0x62000000, 0x01D80000, 0xFFF3C000,    // -0.765625, 3.0625, 118, -196
-                      0x20000000, 0x80000000, 0x54000000, 0x01000000});  // 2^-11, -2^-9, 1.3125, 0.125
+  return consecutive(0x50001210,
+                     kAll,
+                     {0x4A000000,
+                      0x18000000,
+                      0xFFD00000,
+                      0x00250000,  // 2.3125, 0.75, -24, 592
+                      0xE7800000,
+                      0x62000000,
+                      0x01D80000,
+                      0xFFF3C000,  // -0.765625, 3.0625, 118, -196
+                      0x20000000,
+                      0x80000000,
+                      0x54000000,
+                      0x01000000});  // 2^-11, -2^-9, 1.3125, 0.125
 }
 
 // Depth mode 1: bit 31.
@@ -297,8 +354,16 @@ inline void set_rectification() {
 
 inline Elements rectify_words() {
   return joined(
-      {consecutive(0x52080000, kAll,
-                   {0x03C00000, 0x00200000, 0x00100000, 0x00200000, 0x03E80000, 0x03F80000, 0x03F00000, 0x00100000,
+      {consecutive(0x52080000,
+                   kAll,
+                   {0x03C00000,
+                    0x00200000,
+                    0x00100000,
+                    0x00200000,
+                    0x03E80000,
+                    0x03F80000,
+                    0x03F00000,
+                    0x00100000,
                     0x00300000}),
        consecutive(0x52080030, kAll, {0x40000000, 0, 0xD8000000, 0, 0x80000000, 0xC4000000, 0, 0, 0x80000000}),
        consecutive(0x52080060, kAll, {0x25800000, 0x25900000, 0x28000000, 0x19000000}),

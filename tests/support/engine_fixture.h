@@ -15,6 +15,7 @@ namespace vq3900::test {
 // Puts the state back as it is at load, padding included.
 inline void reset_engine() {
   Engine& state = engine();
+  release_held_memory(state);
   std::destroy_at(&state);
   std::memset(static_cast<void*>(&state), 0, sizeof state);
   new (&state) Engine{};

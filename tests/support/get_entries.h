@@ -49,8 +49,8 @@ inline std::int32_t get_gpm(void* params, void* status) {
 
 template <std::uint32_t DistortType, std::uint8_t Block>
 std::int32_t get_rectify(void* params, void* ctrl) {
-  return de_get_rectify_params_from_registers(static_cast<DeRectifyParams_S*>(params),
-                                              static_cast<DeRectifyCtrlParams_S*>(ctrl), DistortType, Block);
+  return de_get_rectify_params_from_registers(
+      static_cast<DeRectifyParams_S*>(params), static_cast<DeRectifyCtrlParams_S*>(ctrl), DistortType, Block);
 }
 
 // An entry with one record.
@@ -137,17 +137,26 @@ inline Bytes rectify_after_set() {
 inline const std::vector<GetEntry>& get_entries() {
   static const std::vector<GetEntry> kEntries{
       one_record<DeBasicParams_S, de_get_baisc_params_from_registers>(
-          "Basic", {sample::d2d_words(), sample::basic_control_words()}, fresh_basic(), sample::write_basic,
+          "Basic",
+          {sample::d2d_words(), sample::basic_control_words()},
+          fresh_basic(),
+          sample::write_basic,
           basic_after_set()),
-      one_record<DePrefilterParams_S, de_get_prefilter_params_from_registers>(
-          "Prefilter", {sample::prefilter_words()}, bytes_of(DePrefilterParams_S{7, 0}), sample::write_prefilter,
-          bytes_of(sample::prefilter())),
+      one_record<DePrefilterParams_S, de_get_prefilter_params_from_registers>("Prefilter",
+                                                                              {sample::prefilter_words()},
+                                                                              bytes_of(DePrefilterParams_S{7, 0}),
+                                                                              sample::write_prefilter,
+                                                                              bytes_of(sample::prefilter())),
       one_record<DeExtendChopParams_S, de_get_extend_chop_params_from_registers>(
-          "ExtendChop", {sample::extend_chop_words()},
-          bytes_of(DeExtendChopParams_S{{1, 2, 3, 4}, {4, 5, 2, 3}, {15, 17, 0, 0}}), sample::write_extend_chop,
+          "ExtendChop",
+          {sample::extend_chop_words()},
+          bytes_of(DeExtendChopParams_S{{1, 2, 3, 4}, {4, 5, 2, 3}, {15, 17, 0, 0}}),
+          sample::write_extend_chop,
           bytes_of(sample::extend_chop())),
-      one_record<DeDispCalcParams_S, de_get_disp_calc_params_from_registers>("Disparity", {sample::disparity_words()},
-                                                                             fresh_disparity(), sample::write_disparity,
+      one_record<DeDispCalcParams_S, de_get_disp_calc_params_from_registers>("Disparity",
+                                                                             {sample::disparity_words()},
+                                                                             fresh_disparity(),
+                                                                             sample::write_disparity,
                                                                              bytes_of(sample::disparity())),
       {"GlobalPoints",
        [] {},
@@ -161,9 +170,11 @@ inline const std::vector<GetEntry>& get_entries() {
        gpm_after_set() + short_status(0, 0, 0)},
       one_record<D2cConfig, de_get_d2c_params_from_registers>(
           "D2c", {sample::projection_words(), sample::d2c_control_words()}, read_d2c(), sample::write_d2c, read_d2c()),
-      one_record<D2dConfig, de_get_d2d_params_from_registers>(
-          "D2d", {sample::control(0x00200000, 0, 0x0C1800C0, 0x55, 0x7)}, bytes_of(D2dConfig{3, 1, 1}),
-          sample::write_d2d, bytes_of(D2dConfig{3, 0, 0})),
+      one_record<D2dConfig, de_get_d2d_params_from_registers>("D2d",
+                                                              {sample::control(0x00200000, 0, 0x0C1800C0, 0x55, 0x7)},
+                                                              bytes_of(D2dConfig{3, 1, 1}),
+                                                              sample::write_d2d,
+                                                              bytes_of(D2dConfig{3, 0, 0})),
       {"Rectify",
        sample::set_rectification,
        get_rectify<0, 0>,

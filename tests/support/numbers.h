@@ -57,11 +57,16 @@ inline std::string overflow_lines(double value, unsigned width, int frac_bits, c
   const std::int64_t nearest = std::llround(scaled);
   const std::uint64_t rounded = static_cast<std::uint64_t>(nearest) + (scaled < 0 ? limit + 1 : 0);
   char text[1024];
-  std::snprintf(text, sizeof text,
+  std::snprintf(text,
+                sizeof text,
                 "current lut value: %.20f; dingdianhua value: %.20f; m_fp: %llu; return value: %llu; max value: %llu "
                 "\nerror code 01: value overflow in %s \n",
-                value, scaled, static_cast<unsigned long long>(rounded),
-                static_cast<unsigned long long>(rounded & limit), static_cast<unsigned long long>(limit), name);
+                value,
+                scaled,
+                static_cast<unsigned long long>(rounded),
+                static_cast<unsigned long long>(rounded & limit),
+                static_cast<unsigned long long>(limit),
+                name);
   return text;
 }
 

@@ -46,12 +46,14 @@ std::uint32_t line_of(const std::string& text, const std::string& start) {
 }
 
 auto error_at(const std::string& place, const std::string& message) {
-  return AllOf(testing::Field(&Finding::severity, Severity::kError), testing::Field(&Finding::place, place),
+  return AllOf(testing::Field(&Finding::severity, Severity::kError),
+               testing::Field(&Finding::place, place),
                testing::Field(&Finding::message, HasSubstr(message)));
 }
 
 auto warning_at(const std::string& place, const std::string& message) {
-  return AllOf(testing::Field(&Finding::severity, Severity::kWarning), testing::Field(&Finding::place, place),
+  return AllOf(testing::Field(&Finding::severity, Severity::kWarning),
+               testing::Field(&Finding::place, place),
                testing::Field(&Finding::message, HasSubstr(message)));
 }
 
@@ -138,9 +140,12 @@ TEST(ConfigCheck, GrammarFaultIsTheOnlyFinding) {
 
 TEST(ConfigCheck, MissingSectionsAreNamed) {
   EXPECT_THAT(check_config(""),
-              ElementsAre(error_at("[mode]", "missing or empty"), error_at("[basic]", "missing or empty"),
-                          error_at("[disparity]", "missing or empty"), error_at("[extend_chop]", "missing or empty"),
-                          error_at("[gpm]", "missing or empty"), warning_at("[scheme]", "all zero")));
+              ElementsAre(error_at("[mode]", "missing or empty"),
+                          error_at("[basic]", "missing or empty"),
+                          error_at("[disparity]", "missing or empty"),
+                          error_at("[extend_chop]", "missing or empty"),
+                          error_at("[gpm]", "missing or empty"),
+                          warning_at("[scheme]", "all zero")));
 }
 
 TEST(ConfigCheck, UnknownKeysAndSectionsAreWarnedOf) {
@@ -177,7 +182,7 @@ TEST(ConfigCheck, SingleCameraIsRectifiedAlone) {
 
 TEST(ConfigCheck, ReferencePlaneIsNeededForRelativeDepth) {
   EXPECT_THAT(check_config(with(sample("mono_640x480.ini"), "ref_dist", "ref_dist = 0")),
-              ElementsAre(warning_at("scheme.ref_dist", "accepted: above 64")));
+              ElementsAre(warning_at("scheme.ref_dist", "accepted: above 128")));
 }
 
 TEST(ConfigCheck, ExtendedImageMustFitTwelveBits) {

@@ -1,0 +1,29 @@
+// A camera's undistortion LUT from the distortion-LUT library.
+#ifndef VQ3900_CALIB_UNDISTORTION_LUT_API_H
+#define VQ3900_CALIB_UNDISTORTION_LUT_API_H
+
+#include "vq3900_depth_engine.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "state/calib_input_state.h"
+
+namespace vq3900 {
+
+// A descriptor and the arrays that it points to.
+struct UndistortionLut {
+  RectifyLutInfo info{};
+  std::vector<double> dx;
+  std::vector<double> dy;
+};
+
+// Generates the LUT of a camera: 0, or the library's status, whose text goes to standard error.
+std::int32_t gen_undistortion_lut(std::int32_t model, const DeCameraIntrinsic_S& camera,
+                                  std::span<const float, 8> distortion, double polynomial_param,
+                                  const CalibInputConfig& config, UndistortionLut& out);
+
+}  // namespace vq3900
+
+#endif

@@ -1,0 +1,149 @@
+#include "modules/rectify_lut.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace vq3900 {
+
+namespace {
+
+using Info = RectifyLutInfo;
+
+// Both cameras' tables have the same form: registers are named by their offset in the camera's block.
+consteval std::uint8_t at(std::uint32_t offset) {
+  return element_at(startup::rectify_lut_info(kCamera1Block), kCamera1Block + offset);
+}
+
+// A start may lie left of or above the image: it is a two's-complement number.
+template <auto Member>
+constexpr Field<Info> start(std::uint32_t mask, const char* name) {
+  return {{name, at(0x74), mask, Coding::kFixed, {10, 0, name}},
+          [](const Info& info) { return static_cast<double>(static_cast<std::int32_t>(info.*Member)); },
+          [](Info& info, double value) { info.*Member = static_cast<std::uint32_t>(to_integer(value)); }};
+}
+
+template <auto Member>
+constexpr Field<Info> intrinsic(std::uint8_t element, std::int32_t frac_bits, const char* name) {
+  return fixed<Member>(name, element, 0xFFFFFFFF, {32, frac_bits, name});
+}
+
+constexpr auto kFields = std::to_array<Field<Info>>({
+    start<&Info::lut_x_start>(0x000003FF, "lut_x_start"),
+    start<&Info::lut_y_start>(0x03FF0000, "lut_y_start"),
+    intrinsic<&Info::lut_fx>(at(0x90), 20, "lut_fx"),
+    intrinsic<&Info::lut_fy>(at(0x94), 20, "lut_fy"),
+    intrinsic<&Info::lut_cx>(at(0x98), 22, "lut_cx"),
+    intrinsic<&Info::lut_cy>(at(0x9C), 22, "lut_cy"),
+    integer<&Info::lut_width>("lut_width", at(0xD4), 0x000003FF),
+    integer<&Info::lut_height>("lut_height", at(0xD4), 0x03FF0000),
+    derived<Info>("sample_rate_bit - 3", at(0x70), 0x00000300,
+                  [](const Info& info) -> double { return info.sample_rate_bit - kMinSampleRateBit; }),
+});
+static_assert(well_formed(kFields, startup::rectify_lut_info(kCamera1Block)));
+
+constexpr std::uint32_t kDxOffset = 0x40000;  // of the sections in the camera's block
+constexpr std::uint32_t kDyOffset = 0x60000;
+constexpr std::uint32_t kTile = 4;
+
+std::size_t samples(const Info& info) {
+  return std::size_t{info.lut_width} * info.lut_height;
+}
+
+// Displacements in 4x4 tiles, tile row by tile row, each encoded with 24 bits and 24 fraction bits. False: an overflow,
+// at which it ends.
+bool encode_tiles(const double* grid, const Info& info, const char* name, std::uint32_t* words,
+                  OverflowHandler on_overflow) {
+  const FixedFormat format{24, 24, name};
+  for (std::uint32_t tile_row = 0; tile_row < info.lut_height; tile_row += kTile) {
+    for (std::uint32_t tile_column = 0; tile_column < info.lut_width; tile_column += kTile) {
+      for (std::uint32_t row = tile_row; row < tile_row + kTile; ++row) {
+        const double* const values = grid + std::size_t{row} * info.lut_width + tile_column;
+        for (std::uint32_t i = 0; i < kTile; ++i) {
+          const std::uint32_t word = encode_fixed(values[i], format, on_overflow);
+          if (word == kOverflowed) return false;
+          *words++ = word;
+        }
+      }
+    }
+  }
+  return true;
+}
+
+bool encode_section(const HeldArray<double>& grid, const Info& info, const char* name, HeldSection& section,
+                    std::uint32_t address, OverflowHandler on_overflow) {
+  section.address = address;
+  section.count = info.lut_height * info.lut_width;
+  return encode_tiles(grid.span().data(), info, name, section.words.span().data(), on_overflow);
+}
+
+}  // namespace
+
+std::span<const Field<RectifyLutInfo>> rectify_lut_info_fields() {
+  return kFields;
+}
+
+bool hold_grid(const RectifyLutInfo& info, RectifyLut& lut) {
+  release_grid(lut);
+  lut.info = info;
+  lut.info.dx = nullptr;
+  lut.info.dy = nullptr;
+  const std::size_t count = samples(info);
+  if (info.dx != nullptr && !lut.dx.assign({info.dx, count})) return false;
+  return info.dy == nullptr || lut.dy.assign({info.dy, count});
+}
+
+void release_grid(RectifyLut& lut) {
+  lut.dx.release();
+  lut.dy.release();
+}
+
+bool prepare_sections(RectifyLutState& state) {
+  const std::size_t camera_1 = samples(state.camera[1].info);
+  const std::size_t camera_0 = samples(state.camera[0].info);
+  const std::array<std::size_t, 4> rooms{
+      camera_1, camera_1, std::max(camera_1, camera_0), std::max(camera_1, camera_0)};
+  for (std::size_t i = 0; i < state.sections.size(); ++i) {
+    HeldSection& section = state.sections[i];
+    section.address = 0;
+    section.count = static_cast<std::uint32_t>(camera_1);  // of camera 0's sections too, until they are converted
+    if (!section.words.allocate(rooms[i])) return false;
+  }
+  return true;
+}
+
+void hand_out(HeldSection& section, std::uint32_t length, LutSection& out) {
+  out.address = section.address;
+  out.count = section.count;
+  if (!section.words.held()) return;
+  const auto words = section.words.span();
+  const std::size_t copied = std::min<std::size_t>(length, words.size());
+  std::copy_n(words.begin(), copied, out.data);
+  std::fill_n(out.data + copied, length - copied, 0U);
+  section.words.release();
+  section.address = 0;
+  section.count = 0;
+}
+
+LutFault encode_lut(const RectifyLut& lut, std::uint32_t camera_1_sample_rate_bit, const LutTarget& target,
+                    const LutEvents& events) {
+  Info info = lut.info;
+  if (info.lut_width % kTile != 0 || info.lut_height % kTile != 0) return LutFault::kSize;
+  info.sample_rate_bit = camera_1_sample_rate_bit;
+  if (!encode_fields_until_overflow(kFields, info, target.table, events.on_overflow)) return LutFault::kOverflow;
+  if (!lut.dx.held() || !lut.dy.held()) return LutFault::kGridMissing;
+
+  events.on_progress(LutProgress::kDx);
+  if (!encode_section(lut.dx, info, "lut_dx", target.dx, target.block + kDxOffset, events.on_overflow)) {
+    return LutFault::kOverflow;
+  }
+  events.on_progress(LutProgress::kDy);
+  if (!encode_section(lut.dy, info, "lut_dy", target.dy, target.block + kDyOffset, events.on_overflow)) {
+    return LutFault::kOverflow;
+  }
+  events.on_progress(LutProgress::kEnd);
+  return LutFault::kNone;
+}
+
+}  // namespace vq3900
