@@ -1,30 +1,41 @@
-// One set and one get entry point a block, through callbacks that copy. The yardstick is the copying alone.
+// One set and one get entry point a block, through callbacks that copy. The yardstick is the same copying alone.
 #include "vq3900_depth_engine.h"
 
 #include <benchmark/benchmark.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
 #include <tuple>
+#include <vector>
+
+#include "state/engine.h"
+#include "support/allocations.h"
 
 namespace {
 
 // Registers as the last write left them; reads hand them back.
 struct Bank {
   std::array<DeRegElement_S, VQ3900_GP_STATUS_REGISTERS> elements{};
+  std::vector<std::uint32_t> counts;  // of every transfer while they are noted
+  bool noting = false;
 };
 
 std::int32_t bank_write(DeRegElement_S* elements, std::uint32_t count, void* user) {
-  std::memcpy(static_cast<Bank*>(user)->elements.data(), elements, count * sizeof *elements);
+  Bank& bank = *static_cast<Bank*>(user);
+  if (bank.noting) bank.counts.push_back(count);
+  std::memcpy(bank.elements.data(), elements, count * sizeof *elements);
   benchmark::ClobberMemory();
   return 0;
 }
 
 // Leaves the values as they are: what is merged is what was there.
 std::int32_t bank_read(DeRegElement_S* elements, std::uint32_t count, void* user) {
-  bank_write(elements, count, user);
-  return 0;
+  return bank_write(elements, count, user);
 }
 
 Bank& attached_bank() {
@@ -33,8 +44,11 @@ Bank& attached_bank() {
   return bank;
 }
 
-// Settings that every block converts without an overflow.
+// A fresh state, with settings that every block converts without an overflow.
 void configure() {
+  vq3900::release_held_memory(vq3900::engine());
+  std::destroy_at(&vq3900::engine());
+  std::construct_at(&vq3900::engine());
   attached_bank();
   set_camera_mode(1, 1);
   set_pbf_params(50.0F, 600.0F);
@@ -49,80 +63,129 @@ void configure() {
   }
 }
 
+// --- an entry point and its arguments, ready to be called again and again
+
+using Call = std::function<std::int32_t()>;
+using Prepare = Call (*)();
+
 template <auto Entry, auto Fill, typename Record>
-void set_entry(benchmark::State& state) {
-  configure();
+Call set_call() {
   Record record{};
   Fill(&record);
-  for (auto _ : state)
-    benchmark::DoNotOptimize(Entry(&record));
+  return [record] { return Entry(&record); };
 }
 
 template <auto Entry, typename... Records>
-void get_entry(benchmark::State& state) {
-  configure();
-  std::tuple<Records...> records{};
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(std::apply([](Records&... record) { return Entry(&record...); }, records));
-  }
+Call get_call() {
+  return [records = std::tuple<Records...>{}]() mutable {
+    return std::apply([](Records&... record) { return Entry(&record...); }, records);
+  };
 }
 
-void set_d2c(benchmark::State& state) {
-  configure();
-  const DeCameraIntrinsic_S depth{600, 600, 640, 400, 1280, 800};
-  const DeCameraIntrinsic_S color{900, 900, 960, 540, 1920, 1080};
-  const DeExtrinsic_S pose{{1, 0, 0, 0, 1, 0, 0, 0, 1}, {25, 0, 0}};
-  D2cConfig config{};
-  for (auto _ : state)
-    benchmark::DoNotOptimize(de_set_d2c_params_to_registers(&depth, &color, &pose, &config));
+Call set_d2c() {
+  return [] {
+    constexpr DeCameraIntrinsic_S kDepth{600, 600, 640, 400, 1280, 800};
+    constexpr DeCameraIntrinsic_S kColor{900, 900, 960, 540, 1920, 1080};
+    constexpr DeExtrinsic_S kPose{{1, 0, 0, 0, 1, 0, 0, 0, 1}, {25, 0, 0}};
+    constexpr D2cConfig kConfig{};
+    return de_set_d2c_params_to_registers(&kDepth, &kColor, &kPose, &kConfig);
+  };
 }
 
-void set_rectify(benchmark::State& state) {
-  configure();
+Call set_rectify() {
   DeRectifyParams_S params{};
   DeRectifyCtrlParams_S ctrl{};
   de_copy_rectify_params(&params, &ctrl);
-  for (auto _ : state)
-    benchmark::DoNotOptimize(de_set_rectify_params_to_registers(&params, &ctrl));
+  return [params, ctrl] { return de_set_rectify_params_to_registers(&params, &ctrl); };
 }
 
-void get_rectify(benchmark::State& state) {
+Call get_rectify() {
+  return [params = DeRectifyParams_S{}, ctrl = DeRectifyCtrlParams_S{}]() mutable {
+    return de_get_rectify_params_from_registers(&params, &ctrl, 0, 1);
+  };
+}
+
+struct Entry {
+  const char* name;
+  Prepare prepare;
+};
+
+constexpr std::array kSetEntries{
+    Entry{"basic", set_call<de_set_baisc_params_to_registers, de_copy_basic_params, DeBasicParams_S>},
+    Entry{"prefilter", set_call<de_set_prefilter_params_to_registers, de_copy_prefilter_params, DePrefilterParams_S>},
+    Entry{"extend_chop",
+          set_call<de_set_extend_chop_params_to_registers, de_copy_extend_chop_params, DeExtendChopParams_S>},
+    Entry{"disp_calc", set_call<de_set_disp_calc_params_to_registers, de_copy_disp_calc_params, DeDispCalcParams_S>},
+    Entry{"gpm", set_call<de_set_gpm_params_to_registers, de_copy_gpm_params, DeGpmParams_S>},
+    Entry{"d2d", set_call<de_set_d2d_params_to_registers, get_d2d_config, D2dConfig>},
+    Entry{"d2c", set_d2c},
+    Entry{"rectify", set_rectify},
+};
+
+constexpr std::array kGetEntries{
+    Entry{"basic", get_call<de_get_baisc_params_from_registers, DeBasicParams_S>},
+    Entry{"prefilter", get_call<de_get_prefilter_params_from_registers, DePrefilterParams_S>},
+    Entry{"extend_chop", get_call<de_get_extend_chop_params_from_registers, DeExtendChopParams_S>},
+    Entry{"disp_calc", get_call<de_get_disp_calc_params_from_registers, DeDispCalcParams_S>},
+    Entry{"gpm", get_call<de_get_gpm_params_from_registers, DeGpmParams_S, DeGpStatusParams_S>},
+    Entry{"d2d", get_call<de_get_d2d_params_from_registers, D2dConfig>},
+    Entry{"d2c", get_call<de_get_d2c_params_from_registers, D2cConfig>},
+    Entry{"rectify", get_rectify},
+};
+
+// --- measuring it
+
+void run(benchmark::State& state, Prepare prepare) {
   configure();
-  DeRectifyParams_S params{};
-  DeRectifyCtrlParams_S ctrl{};
+  const Call call = prepare();
+  if (call() != 0) state.SkipWithError("the entry point fails");
+  const std::size_t before = vq3900::bench::allocations();
   for (auto _ : state)
-    benchmark::DoNotOptimize(de_get_rectify_params_from_registers(&params, &ctrl, 0, 1));
+    benchmark::DoNotOptimize(call());
+  state.counters["allocations"] = static_cast<double>(vq3900::bench::allocations() - before);
 }
 
-void copy_alone(benchmark::State& state) {
-  Bank& bank = attached_bank();
-  std::array<DeRegElement_S, VQ3900_GP_STATUS_REGISTERS> elements{};
-  const auto count = static_cast<std::uint32_t>(state.range(0));
-  for (auto _ : state)
-    benchmark::DoNotOptimize(bank_write(elements.data(), count, &bank));
+// The number of elements of each transfer that the call makes.
+void note_transfers(Prepare prepare, Bank& bank) {
+  bank.noting = true;
+  prepare()();
+  bank.noting = false;
 }
+
+void run_copies(benchmark::State& state, Bank& bank) {
+  std::array<DeRegElement_S, VQ3900_GP_STATUS_REGISTERS> elements{};
+  for (auto _ : state) {
+    for (const std::uint32_t count : bank.counts)
+      benchmark::DoNotOptimize(bank_write(elements.data(), count, &bank));
+  }
+  bank.counts.clear();
+}
+
+void run_copies_of(benchmark::State& state, Prepare prepare) {
+  configure();
+  note_transfers(prepare, attached_bank());
+  run_copies(state, attached_bank());
+}
+
+void run_all_copies(benchmark::State& state) {
+  configure();
+  for (const Entry& entry : kSetEntries)
+    note_transfers(entry.prepare, attached_bank());
+  run_copies(state, attached_bank());
+}
+
+void add(const std::string& group, const Entry& entry) {
+  benchmark::RegisterBenchmark((group + entry.name + "/ours").c_str(), run, entry.prepare);
+  benchmark::RegisterBenchmark((group + entry.name + "/copies").c_str(), run_copies_of, entry.prepare);
+}
+
+[[maybe_unused]] const bool registered = [] {
+  for (const Entry& entry : kSetEntries)
+    add("set/", entry);
+  for (const Entry& entry : kGetEntries)
+    add("get/", entry);
+  benchmark::RegisterBenchmark("apply/copies", run_all_copies);
+  return true;
+}();
 
 }  // namespace
-
-BENCHMARK(copy_alone)->Arg(12)->Arg(30)->Arg(261);
-
-BENCHMARK(set_entry<de_set_baisc_params_to_registers, de_copy_basic_params, DeBasicParams_S>)->Name("set/basic");
-BENCHMARK(set_entry<de_set_prefilter_params_to_registers, de_copy_prefilter_params, DePrefilterParams_S>)
-    ->Name("set/prefilter");
-BENCHMARK(set_entry<de_set_extend_chop_params_to_registers, de_copy_extend_chop_params, DeExtendChopParams_S>)
-    ->Name("set/extend_chop");
-BENCHMARK(set_entry<de_set_disp_calc_params_to_registers, de_copy_disp_calc_params, DeDispCalcParams_S>)
-    ->Name("set/disp_calc");
-BENCHMARK(set_entry<de_set_gpm_params_to_registers, de_copy_gpm_params, DeGpmParams_S>)->Name("set/gpm");
-BENCHMARK(set_entry<de_set_d2d_params_to_registers, get_d2d_config, D2dConfig>)->Name("set/d2d");
-BENCHMARK(set_d2c)->Name("set/d2c");
-BENCHMARK(set_rectify)->Name("set/rectify");
-
-BENCHMARK(get_entry<de_get_baisc_params_from_registers, DeBasicParams_S>)->Name("get/basic");
-BENCHMARK(get_entry<de_get_prefilter_params_from_registers, DePrefilterParams_S>)->Name("get/prefilter");
-BENCHMARK(get_entry<de_get_extend_chop_params_from_registers, DeExtendChopParams_S>)->Name("get/extend_chop");
-BENCHMARK(get_entry<de_get_disp_calc_params_from_registers, DeDispCalcParams_S>)->Name("get/disp_calc");
-BENCHMARK(get_entry<de_get_gpm_params_from_registers, DeGpmParams_S, DeGpStatusParams_S>)->Name("get/gpm");
-BENCHMARK(get_entry<de_get_d2d_params_from_registers, D2dConfig>)->Name("get/d2d");
-BENCHMARK(get_entry<de_get_d2c_params_from_registers, D2cConfig>)->Name("get/d2c");
-BENCHMARK(get_rectify)->Name("get/rectify");

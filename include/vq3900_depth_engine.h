@@ -77,8 +77,10 @@
 #include <functional>
 #endif
 
-/** @brief Marks an exported function. */
-#if defined(_WIN32)
+/** @brief Marks an exported function. VQ3900_STATIC: the caller may have the functions inside, nothing is imported. */
+#if defined(VQ3900_STATIC)
+#define VQ3900_API
+#elif defined(_WIN32)
 #if defined(VQ3900_BUILDING_LIBRARY)
 #define VQ3900_API __declspec(dllexport)
 #else
@@ -572,6 +574,53 @@ typedef struct de_config_flash_input {
   char d2c_config_path[256];           /**< D2C groups file; read up to its terminator or 256 bytes. */
   char ir_pre_config_path[256];        /**< IR-pre groups file; the same. */
 } de_config_flash_input;
+
+/** @brief A camera of a calibration record (2016). */
+typedef struct DeCalibRecordCamera_S {
+  float width;             /**< Image width in pixels; truncated to a whole number. */
+  float height;            /**< Image height in pixels, the same. */
+  float fx;                /**< Focal length in pixels, horizontal. */
+  float fy;                /**< Focal length in pixels, vertical. */
+  float cx;                /**< Principal point in pixels, horizontal; pixel centres lie at whole numbers. */
+  float cy;                /**< Principal point in pixels, vertical. */
+  float distortion[8];     /**< As in DeCalibCamera_S. */
+  double polynomial_param; /**< As in DeCalibCamera_S. */
+  uint8_t reserved[1952];  /**< Opaque to the library; goes into the factory-align record as it is. */
+} DeCalibRecordCamera_S;
+
+/** @brief The calibration record of one configuration (6152). Frames and units are those of CalibrateParamsMulti. */
+typedef struct DeCalibRecord_S {
+  int32_t distortion_model;       /**< 0 and 1 Brown, 2 equidistant, 5 polynomial. */
+  uint8_t model_override;         /**< Not 0: the polynomial model, whatever the number says. */
+  DeCalibRecordCamera_S left_ir;  /**< Left IR camera, the reference. */
+  DeCalibRecordCamera_S right_ir; /**< Right IR camera. */
+  DeCalibRecordCamera_S rgb;      /**< Colour camera; all zero for none. */
+  float ir_rotation[9];           /**< R, row-major. */
+  float ir_translation[3];        /**< T. */
+  float rgb_rotation[9];          /**< R_rgb, row-major. */
+  float rgb_translation[3];       /**< T_rgb. */
+} DeCalibRecord_S;
+
+/** @brief One record of the alignment section (976); opaque to the library. */
+typedef struct DeAlignRecord_S {
+  uint8_t data[976]; /**< Copied as it is. */
+} DeAlignRecord_S;
+
+/**
+ * @brief What the calibration images are built from (56). The caller owns all of it.
+ *
+ * gen_calib_flash_file_de() reads the first four members and the switch; gen_calib_flash_param_de() and the size
+ * queries read the last five.
+ */
+typedef struct CalibFlashInput_S {
+  const char* const* calib_params_files; /**< Calibration-parameter files, one a configuration. */
+  uint8_t calib_params_file_num;         /**< Their number. */
+  const char* const* config_files;       /**< Calibration input configurations: paths, in buffers also INI texts. */
+  uint8_t config_file_num;               /**< Their number. */
+  const DeCalibRecord_S* const* calib_records; /**< Calibration records, one a configuration. */
+  uint8_t calib_record_num;                    /**< Their number. */
+  const uint8_t* alignment_switch;             /**< Not 0: alignment records that are held go along. Null: off. */
+} CalibFlashInput_S;
 
 /** @} */
 /**
@@ -2353,15 +2402,16 @@ VQ3900_API int32_t cams_calibration_params_to_register_converter(const char* pat
  * Each step ends with a message, to standard error with a line end and to @p log without one: "calibration distortion
  * model: %d", then for each of the steps below "... failed!" or "... successful!".
  * @param calib The calibration, by value.
- * @param[out] rect Receives the rectification; zero from the failing step on.
+ * @param[out] rect Receives the rectification. On a failure it is zero but for what was derived by then.
  * @param[out] d2c Receives the D2C record; null skips the colour camera.
  * @param[out] depth Receives the constants of the depth calculation.
  * @param log Receives the messages. Null or empty: std::bad_function_call is raised at the first message. What it
  *            throws passes through to the caller; the library stays usable.
  * @retval 0 Everything is derived, set and converted.
  * @retval -2 A temperature is below 1 or NaN (see above; @p log receives "invalid calibration temperature"); or the
- *            derivation refused: a value that is not finite, an image size outside 1 to 65535, R without a nearest
- *            rotation, a corner that cannot be undistorted, a clipped size outside 0 to 65535, or the configured
+ *            derivation refused: a value that is not finite, a focal length of an IR camera that is not positive, an
+ *            image size outside 1 to 65535, R without a nearest rotation, a corner that cannot be undistorted or lies
+ *            behind the virtual image plane, a clipped size outside 0 to 65535, or the configured
  *            baseline points the other way (prints "Baseline sign check error.\n" to standard output) - the message is
  *            "parse_rectify_d2c_params_from_stereo_with_rgb_calib_params() failed!"; or a setter refused
  *            ("set_rectify_d2c_params() failed!", and its own text), or @p rect or @p depth is null, or there is no
@@ -2393,6 +2443,218 @@ VQ3900_API int32_t set_optimized_d2d_params(DeDepthConfig_S* items, int32_t coun
 
 /** @brief Releases the optimized D2D entries. @retval 0 Always, also when there are none. */
 VQ3900_API int32_t release_optimized_d2d_params(void);
+
+/** @} */
+
+/**
+ * @defgroup calib_images Calibration images
+ *
+ * The flash image that the device takes its calibration from, its LUT file and its factory-align section, built from
+ * configurations that pair a calibration with a calibration input configuration; and changes to images that are there.
+ * docs/formats.md lays them out byte by byte. Rectifications, D2C and D2D records that several configurations share are
+ * stored once. Every digest prints ten trace lines to standard output ("Md5_gen step 1!\n" to "Md5_gen end!\n").
+ *
+ * @code{.c}
+ * // One configuration, from a record and a file, into memory.
+ * int build(const DeCalibRecord_S* record, DeLogCallback* log) {
+ *   const char* configurations[] = {"calib_input.ini"};
+ *   const DeCalibRecord_S* records[] = {record};
+ *   CalibFlashInput_S input = {NULL, 0, configurations, 1, records, 1, NULL};
+ *   uint32_t image_size = 0, lut_size = 0;
+ *   int code;
+ *   set_calib_temp(31.5f, 32.0f, 35.0f);
+ *   get_file_buffer_size(&input, &image_size);
+ *   get_lut_section_buffer_size(&input, &lut_size, log);
+ *   uint32_t* image = malloc(image_size);
+ *   uint8_t* lut = malloc(lut_size);
+ *   code = gen_calib_flash_param_de(&input, image, log, image_size, lut, (int)lut_size, 0, NULL, 0);
+ *   // ... write image_size bytes to 0xB0000 and, when it is above 4096, lut_size bytes to 0x160000 of the flash
+ *   free(lut);
+ *   free(image);
+ *   return code;
+ * }
+ * @endcode
+ * @{
+ */
+
+/** @brief Most alignment records that are held. */
+#define VQ3900_ALIGNMENT_RECORDS 4
+
+/**
+ * @brief Sets the serial number that the section headers of images made from now on carry.
+ * @param word0,word1,word2 Its three words. A null pointer: nothing changes.
+ */
+VQ3900_API void set_sn(const uint64_t* word0, const uint64_t* word1, const uint64_t* word2);
+
+/** @brief The same as set_calib_temp_info(). @param left,right,ldm Temperatures at calibration. */
+VQ3900_API void set_calib_temp(float left, float right, float ldm);
+
+/**
+ * @brief Hands over the records of the alignment section; they are copied and held until they are replaced or released.
+ * @param records @p count records; may be null when @p count is 0.
+ * @param count 0 to 4; 0 releases what is held.
+ * @retval 0 Held.
+ * @retval -2 @p count is out of range, @p records is null and @p count is not 0, or there is no memory; what was held
+ *            stays.
+ */
+VQ3900_API int32_t de_set_alignment_records(const DeAlignRecord_S* records, int32_t count);
+
+/** @brief Releases the alignment records. @retval 0 Always, also when there are none. */
+VQ3900_API int32_t de_release_alignment_records(void);
+
+/**
+ * @brief Builds a calibration image from files, and beside it, where they are wanted, a LUT file and a factory-align
+ * file.
+ *
+ * Each configuration's calibration input configuration is loaded; cams_calibration_params_to_register_converter() takes
+ * the temperatures. Nothing is derived from the calibration-parameter files: the register tables, LUT descriptors and
+ * prepared LUT sections go into the image as they stand, and what no converter filled is zero.
+ *
+ * Side files are named after @p path without its last four characters: "..._lut_section.bin", when a configuration
+ * wants a LUT, and "..._factory_align_section.bin", when the first calibration-parameter file ends in ".bin": it holds
+ * each distinct calibration-parameter file. A side file of an earlier build that this one does not make stays. When a
+ * build fails, the files that it created by then are empty; when a disk is full, what fits is on it. Optimized D2D
+ * entries are released on every exit.
+ * @param input Configurations: @c calib_params_files and @c config_files.
+ * @param path File to create or replace. Null cannot be created.
+ * @retval 0 Built.
+ * @retval -1 A file cannot be created or read, or a disk is full (prints "error: create or open file failed, path=%s
+ *            \n" to standard output).
+ * @retval -2 @p input or an array that is not empty is null: nothing is created. Or there is no memory.
+ * @retval -5 A section has no room for another record ("error: too many records, section=%s\n" with its name, to
+ *            standard output), or calibration-parameter files differ in size ("error: factory align file size differs,
+ *            path=%s \n").
+ * @retval -6 The numbers of files differ (prints "error: params error, calib_params_file_num != config_file_num\n" to
+ *            standard output; nothing is created).
+ * @return Otherwise the result of load_input_configs_path() (after "error: load_input_configs, path=%s \n") or of the
+ *         converter (after "error: cams_calibration_params_to_register_converter for \"%s\"\n"), to standard output.
+ */
+VQ3900_API int32_t gen_calib_flash_file_de(const CalibFlashInput_S* input, const char* path);
+
+/**
+ * @brief Answers the size of the main image.
+ * @param input Only its alignment switch is read. Null: nothing happens.
+ * @param[out] size Receives 24576 with the alignment section (records are held and the switch is on), else 20480 bytes.
+ */
+VQ3900_API void get_file_buffer_size(const CalibFlashInput_S* input, uint32_t* size);
+
+/**
+ * @brief Answers the size of the LUT file, by deriving every configuration and its LUT.
+ *
+ * Loads, sets and converts like gen_calib_flash_param_de(), with the same messages for the two kinds of entries, and
+ * "success: set_calibrate_params_multi for config number= %d\n" and "success:
+ * align_ir_ir_rgb_params_to_register_converter for config number= %d\n" to standard output, "success:
+ * set_calibrate_params_multi successful\n" and "success: align_ir_ir_rgb_params_to_register_converter successful\n" to
+ * @p callback. On a failure the reason goes to standard output ("error: load_input_configs, config_num=%d, error
+ * code=%d\n", "error: set_calibrate_params_multi for config number= %d, error code=%d\n", "error:
+ * align_ir_ir_rgb_params_to_register_converter for config number= %d, error code=%d\n", or one of the builder's) and
+ * @p size is not written.
+ * @param input Configurations, as for the builder. Null: nothing happens.
+ * @param[out] size Receives 4096 when no configuration wants a LUT, else 4096 + 48 + the bytes of the LUTs.
+ * @param callback Receives the messages. Null or empty: std::bad_function_call is raised at the first one.
+ */
+VQ3900_API void get_lut_section_buffer_size(const CalibFlashInput_S* input, uint32_t* size, DeLogCallback* callback);
+
+/**
+ * @brief Builds a calibration image in the caller's memory, from calibration records.
+ *
+ * An entry of @c config_files that names a file is loaded as one ("input config params is file path\n"), any other is
+ * taken for an INI text ("input config params is file content\n"). Buffers are filled with 0xFF over their size first,
+ * the LUT buffer when a LUT is first wanted; what was built is copied in at the end, so a failure leaves 0xFF. Messages
+ * go to standard output and to @p callback, but for the trace of digests and "input params is invalid!\n" (a camera of
+ * the factory-align section without an image size), which go to standard output alone. Optimized D2D entries are
+ * released on every exit.
+ *
+ * What makes two configurations share a record: equal rectified size and MIPI channel for rectifications and their LUTs
+ * (size and start for the words of LUTs), not equal calibrations. All LUT sections of a configuration have
+ * de_get_lut_len() words, that is as many as the right camera's: give both IR cameras one size.
+ * @param input Configurations: @c config_files and @c calib_records.
+ * @param file_buffer Receives the main image, see get_file_buffer_size().
+ * @param callback Receives the messages, each with its line end, and the step messages of the conversion, without. Null
+ *                 or empty: std::bad_function_call is raised at the first one; what it throws passes through.
+ * @param file_buffer_size Bytes of @p file_buffer.
+ * @param lut_buffer Receives the LUT file, see get_lut_section_buffer_size(); may be null when no configuration wants
+ *                   a LUT.
+ * @param lut_buffer_size Bytes of @p lut_buffer.
+ * @param timestamp Time of the section headers in seconds since 1970-01-01 UTC; below 1 the current time. The
+ *                  factory-align section always has the current time.
+ * @param factory_align_buffer Receives the factory-align section: 60 bytes and 6288 a configuration; null for none.
+ * @param factory_align_buffer_size Bytes of @p factory_align_buffer.
+ * @retval 0 Built.
+ * @retval -2 @p input, @p file_buffer or an array that is not empty is null; @p file_buffer or @p factory_align_buffer
+ *            is too small ("error: file buffer too small, size=%lld, needed=%u\n", "error: factory align buffer too
+ *            small, size=%d, needed=%u\n"; no buffer is touched); or there is no memory. Also a calibration record that
+ *            was refused: null, IR sizes outside 1 to 65535, focal lengths that are not finite and positive, R or T not
+ *            finite ("error: set_calibrate_params_multi for config number= %d, error code=%d\n", to the callback
+ *            "error: set_calibrate_params_multi failed\n").
+ * @retval -4 A LUT is wanted and @p lut_buffer is null ("error: lut_section_buffer not initialized\n") or too small
+ *            ("error: lut_section_buffer too small, size=%d, needed=%u\n").
+ * @retval -5 A section has no room for another record ("error: too many records, section=%s\n").
+ * @retval -6 The numbers differ ("error: calib params nums not match the config file num\n").
+ * @return Otherwise the loader's result ("error: load_input_configs, config_num=%d,error_code=%d \n", to the callback
+ *         "error: load_input_configs failed\n") or that of align_ir_ir_rgb_params_to_register_converter() ("error:
+ *         align_ir_ir_rgb_params_to_register_converter for config number=%d, error code=%d\n", to the callback "error:
+ *         align_ir_ir_rgb_params_to_register_converter failed\n"). Configurations count from 0.
+ */
+VQ3900_API int32_t gen_calib_flash_param_de(const CalibFlashInput_S* input, uint32_t* file_buffer,
+                                            DeLogCallback* callback, int64_t file_buffer_size, void* lut_buffer,
+                                            int lut_buffer_size, int64_t timestamp, void* factory_align_buffer,
+                                            int factory_align_buffer_size);
+
+/**
+ * @brief Sets the baseline in the D2D section of an image.
+ *
+ * Rewrites the baseline and the register value that depends on it, the section's time and its CRC-32. The destination
+ * receives **the 4096-byte D2D section alone**, also when the source is a whole image. Prints "Original baseline: %f\n"
+ * for every record that changes. The destination is opened when everything else is done: no other failure touches it.
+ * @param src_path An image of 20480 or 24576 bytes, or a D2D section of 4096.
+ * @param baseline Signed baseline in depth units.
+ * @param dst_path File to create or replace; may be the source.
+ * @param index Record to change, from 0; below 0 all. A record that is not there: only time and CRC-32 change.
+ * @retval 0 Written.
+ * @retval -1 The source cannot be read or the destination not be written (prints "Open file error: %s\n" with its
+ *            path).
+ * @retval -2 The source has another size (prints "Unknown file size."), or its section header does not fit its section
+ *            ("invalid section header\n").
+ * @retval 4096 The register value overflows ("Convert to fixed point error\n"). All of these go to standard output.
+ */
+VQ3900_API int32_t update_baseline_de(const char* src_path, float baseline, const char* dst_path, int index);
+
+/**
+ * @brief Sets the baseline of every D2D record from a table by focal length.
+ *
+ * Like update_baseline_de(), for every record: the first pair whose f is less than 1.0 away from the record's gives the
+ * baseline; the record's f stays. Prints "Original baseline: %f , f= %f\n" and "updated baseline: %f , f= %f\n" for
+ * each.
+ * @param src_path An image of 20480 or 24576 bytes, or a D2D section of 4096.
+ * @param fb_set Pairs of focal length in pixels and baseline in depth units, @p fb_count x 2.
+ * @param fb_count Number of pairs.
+ * @param dst_path File to create or replace with the D2D section; may be the source.
+ * @retval 0 Written.
+ * @retval -1,4096 See update_baseline_de().
+ * @retval -2 As there; or @p fb_set is null; or no pair matches a record or there are no pairs ("input fb_set
+ *            error\n").
+ */
+VQ3900_API int32_t update_multi_baseline_de(const char* src_path, const float* fb_set, int fb_count,
+                                            const char* dst_path);
+
+/**
+ * @brief Sets focal lengths and baselines in the D2C and D2D sections of a whole image.
+ *
+ * For every pair: the first D2C record whose focal length is less than 6.0 away from the pair's f receives it (both
+ * directions), and the first such D2D record receives f and baseline. Of several pairs for one record the last wins.
+ * Prints "fx =  %f \n" for every D2C record looked at and "updated  f= %f\n", "Original baseline: %f , f= %f\n" for
+ * every D2D record looked at and "updated baseline: %f , f= %f\n". Without pairs only times and CRC-32 change.
+ * @param src_path An image of 20480 or 24576 bytes.
+ * @param fb_set Pairs of focal length in pixels and baseline in depth units, @p fb_count x 2.
+ * @param fb_count Number of pairs.
+ * @param dst_path File to create or replace with the whole image; may be the source.
+ * @retval 0 Written.
+ * @retval -1,4096 See update_baseline_de().
+ * @retval -2 As there; or @p fb_set is null; or no record matches a pair ("input fb_set error\n").
+ */
+VQ3900_API int32_t update_multi_fb_d2c_de(const char* src_path, const float* fb_set, int fb_count,
+                                          const char* dst_path);
 
 /** @} */
 

@@ -1,14 +1,13 @@
-// Says what is wrong with a depth-engine configuration: with the key, its place and what is accepted.
+// Says what is wrong with a configuration: with the key, its place and what is accepted.
 #ifndef VQ3900_TOOLS_CONFIG_CHECK_H
 #define VQ3900_TOOLS_CONFIG_CHECK_H
 
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "config/key_table.h"
+#include "config_kinds.h"
 
 namespace vq3900::tool {
 
@@ -23,10 +22,7 @@ struct Finding {
 
 // Everything that keeps the configuration from being loaded and applied as it reads (errors), and what is probably not
 // meant (warnings), in the order of the lines.
-std::vector<Finding> check_config(const std::string& text);
-
-// The numbers of a key's text; none for a text that is not of the key's type.
-std::vector<double> numbers_of(const KeyDescription& key, std::string_view text);
+std::vector<Finding> check_config(const std::string& text, ConfigKind kind = ConfigKind::kEngine);
 
 bool has_errors(const std::vector<Finding>& findings);
 

@@ -9,7 +9,7 @@
 
 #include "accepted_values.h"
 #include "config/de_input.h"
-#include "config_check.h"
+#include "key_values.h"
 #include "platform/file.h"
 #include "register_blocks.h"
 #include "stdout_capture.h"

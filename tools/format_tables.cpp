@@ -8,7 +8,8 @@
 #include "bytes/layout.h"
 #include "commands.h"
 #include "config/config_image.h"
-#include "image_reader.h"
+#include "flash/calib_image.h"
+#include "image_fields.h"
 #include "regs/snapshot.h"
 #include "tool.h"
 
@@ -29,6 +30,13 @@ std::vector<Structure> structures() {
       {"IR-pre item", layouts_of(ir_pre_item_layout())},
       {"Register file", layouts_of(register_file_layout())},
       {"Parameter snapshot", layouts_of(snapshot_layout())},
+      {"Section header of the calibration files", layouts_of(section_header_layout())},
+      {"Rectification record", layouts_of(rectify_record_layout())},
+      {"D2C record", layouts_of(d2c_record_layout())},
+      {"D2D record", layouts_of(d2d_record_layout())},
+      {"LUT directory record", layouts_of(lut_directory_layout())},
+      {"Header of a LUT grid", layouts_of(lut_data_layout())},
+      {"Factory-align record", layouts_of(factory_record_layout())},
   };
 }
 
@@ -58,6 +66,8 @@ const char* element_text(FieldType type) {
       return "text";
     case FieldType::kRegisters:
       return "register";
+    case FieldType::kIntrinsic:
+      return "intrinsic";
     case FieldType::kPadding:
       return "padding";
     case FieldType::kFiller:

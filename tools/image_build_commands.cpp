@@ -6,15 +6,18 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
-#include <system_error>
+#include <vector>
 
 #include "commands.h"
 #include "config/config_image.h"
+#include "config_check.h"
+#include "library_output.h"
+#include "platform/file.h"
 #include "regs/snapshot.h"
+#include "staged_file.h"
 #include "stdout_capture.h"
 #include "tool.h"
 
@@ -22,47 +25,53 @@ namespace vq3900::tool {
 
 namespace {
 
-// Passes on what the library printed, but for the trace of its digests.
-void pass_on(const std::string& library_output) {
-  for (std::size_t at = 0; at < library_output.size();) {
-    const std::size_t end = std::min(library_output.find('\n', at), library_output.size() - 1);
-    const std::string line = library_output.substr(at, end - at + 1);
-    const bool trace = line.starts_with("Md5_gen ") || line.starts_with("MD5Encode ") || line == "start MD5Encode!\n";
-    if (!trace) fmt::print(stderr, "{}", line);
-    at = end + 1;
-  }
-}
+// A build writes the file at that path.
+using Build = std::function<bool(const char* path)>;
 
-// Runs a build that writes a file, and checks the file's size.
-int build_file(const std::string& output, std::size_t expected_size, const std::function<bool()>& build) {
+// Runs a build, checks the file's size and puts it in the output's place.
+int build_file(const std::string& output, std::size_t expected_size, const Build& build) {
+  StagedFile file(output);
   bool built = false;
   {
     StdoutCapture capture;
-    built = build();
-    pass_on(capture.text());
+    built = build(file.path().c_str());
+    pass_on(capture.text(), file.path(), output);
   }
   if (!built) {
     fmt::print(stderr, "vq3900-tool: {}: not built\n", output);
     return kFailed;
   }
-  std::error_code not_a_file;
-  std::uintmax_t size = std::filesystem::file_size(output, not_a_file);
-  if (not_a_file) size = 0;
-  if (size != expected_size) {
-    fmt::print(stderr,
-               "vq3900-tool: {}: {} of {} bytes are on the disk; {}\n",
-               output,
-               size,
-               expected_size,
-               size == 0 ? "the image could not be built, or the disk may be full" : "the disk may be full");
-    return kFailed;
-  }
+  if (!file.has_size(expected_size) || !file.commit()) return kFailed;
   fmt::print("{}: {} bytes written\n", output, expected_size);
   return kDone;
 }
 
 bool load_and_apply(const std::string& config) {
   return load_de_input_configs(config.c_str()) == 0 && set_depth_engine_config() == 0;
+}
+
+// Says what is wrong with a configuration: the first errors that a check of it finds.
+void explain(const std::string& config) {
+  constexpr std::size_t kMost = 5;
+  const std::optional<std::string> text = read_file(config.c_str());
+  if (!text) return;
+  std::size_t errors = 0;
+  for (const Finding& finding : check_config(*text)) {
+    if (finding.severity != Severity::kError) continue;
+    if (++errors <= kMost) fmt::print(stderr, "{}\n", finding_line(config, finding));
+  }
+  if (errors > kMost) fmt::print(stderr, "{}: and {} more errors\n", config, errors - kMost);
+}
+
+// Builds a file from one configuration.
+int build_from_config(const std::string& config, const std::string& output, std::size_t expected_size,
+                      const Build& build) {
+  if (is_input(output, {&config, 1})) return kBadUsage;
+  return build_file(output, expected_size, [&](const char* path) {
+    if (load_and_apply(config)) return build(path);
+    explain(config);
+    return false;
+  });
 }
 
 // Copies a path into the library's fixed field. False: it does not fit.
@@ -86,20 +95,20 @@ int image_config_command(const ConfigImageInput& input, const std::string& outpu
   record.dpu_config_count = static_cast<std::uint8_t>(dpu.size());
   if (!set_path(record.d2c_config_path, input.d2c)) return kFailed;
   if (!set_path(record.ir_pre_config_path, input.ir_pre)) return kFailed;
+  std::vector<std::string> inputs = input.dpu;
+  inputs.insert(inputs.end(), {input.d2c, input.ir_pre});
+  if (is_input(output, inputs)) return kBadUsage;
   return build_file(
-      output, kConfigImageSize, [&] { return gen_depth_engine_config_flash_file_de(&record, output.c_str()); });
+      output, kConfigImageSize, [&](const char* path) { return gen_depth_engine_config_flash_file_de(&record, path); });
 }
 
 int image_registers_command(const std::string& config, const std::string& output) {
-  return build_file(output, kRegisterFileSize, [&] {
-    return load_and_apply(config) && gen_depth_engine_config_flash_file(output.c_str());
-  });
+  return build_from_config(config, output, kRegisterFileSize, gen_depth_engine_config_flash_file);
 }
 
 int image_snapshot_command(const std::string& config, const std::string& output) {
-  return build_file(output, kSnapshotSize, [&] {
-    return load_and_apply(config) && de_export_config_params_to_file(output.c_str()) == 0;
-  });
+  return build_from_config(
+      config, output, kSnapshotSize, [](const char* path) { return de_export_config_params_to_file(path) == 0; });
 }
 
 }  // namespace vq3900::tool

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "commands.h"
+#include "image_compare.h"
 #include "image_reader.h"
 #include "image_report.h"
 #include "json_output.h"
@@ -20,6 +21,8 @@ namespace {
 Bytes bytes_of(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
+
+constexpr int kNotComparable = 2;  // 0 equal, 1 different
 
 // The image in a file; what keeps it from being read goes to standard error.
 std::optional<Image> open_image(const std::string& path) {
@@ -52,7 +55,7 @@ int image_info_command(const std::string& path, bool json) {
 int image_diff_command(const std::string& first, const std::string& second, bool json) {
   const std::optional<Image> a = open_image(first);
   const std::optional<Image> b = open_image(second);
-  if (!a || !b) return kFailed;
+  if (!a || !b) return kNotComparable;
   const std::vector<ImageDifference> differences = compare_images(*a, *b);
   if (json) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();

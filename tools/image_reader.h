@@ -14,22 +14,27 @@
 #include <string>
 #include <vector>
 
-#include "bytes/layout.h"
+#include "register_blocks.h"
 
 namespace vq3900::tool {
 
 struct ImageField {
   std::string name;
+  std::size_t offset = 0;       // in the file
   std::string text;             // for people
   nlohmann::ordered_json json;  // for programs
   std::string bytes;            // as they stand in the image
 };
 
-// A register table inside an image; the name is that of the library's table.
+// A register table inside an image; named after the library's table, or after its place in the structure.
 struct ImageRegisters {
   std::string block;
+  std::size_t offset = 0;  // in the file
   std::vector<DeRegElement_S> elements;
 };
+
+// The library's table that these registers are; null for none.
+const RegisterBlock* block_of(const ImageRegisters& registers);
 
 // Something that an image says of itself: a CRC, a digest, a count.
 struct ImageCheck {
@@ -52,34 +57,18 @@ struct ImageSection {
   std::vector<ImageCheck> checks;
 };
 
+using Bytes = std::span<const std::uint8_t>;
+
 struct Image {
-  std::string kind;  // "register file", "configuration image", ...
-  std::size_t size = 0;
+  std::string kind;                 // "register file", "calibration image", ...
+  std::vector<std::uint8_t> bytes;  // the whole file
   std::vector<ImageSection> sections;
 
   bool good() const;  // every check of every section
 };
 
-using Bytes = std::span<const std::uint8_t>;
-
 // What the bytes are, or nothing when their size and marks fit none of the known files.
 std::optional<Image> read_image(Bytes bytes);
-
-// --- for the readers of the single kinds
-
-// Takes the fields of a structure out of its bytes: numbers and texts as fields, register tables apart.
-template <typename Record>
-std::vector<FieldLayout> layouts_of(std::span<const LayoutRow<Record>> rows) {
-  return {rows.begin(), rows.end()};
-}
-
-ImageItem read_item(std::string name, std::span<const FieldLayout> layout, Bytes bytes);
-
-ImageCheck crc_check(Bytes covered, std::size_t crc_offset);
-ImageCheck digest_check(const std::string& what, Bytes stored, Bytes covered);
-ImageCheck equality_check(const std::string& what, std::uint64_t found, std::uint64_t expected);
-
-std::string hex_text(Bytes bytes);
 
 }  // namespace vq3900::tool
 

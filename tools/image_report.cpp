@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <map>
+#include <span>
 
 #include "register_blocks.h"
 #include "register_report.h"
@@ -14,22 +14,28 @@ namespace vq3900::tool {
 
 namespace {
 
-// A stamp is the packed first characters of a version, or a time: whoever reads it sees both.
-std::string stamp_text(const ImageField& field) {
-  const auto stamp = field.json.get<std::uint32_t>();
+std::string time_text(std::uint32_t time) {
+  return fmt::format("{:%Y-%m-%d %H:%M:%S} UTC", fmt::gmtime(static_cast<std::time_t>(time)));
+}
+
+// A stamp is the packed first characters of a version, or a time: whoever reads it sees both, as far as there is a
+// version in it.
+std::string stamp_text(std::uint32_t stamp) {
   std::string version;
   for (int shift = 24; shift >= 0; shift -= 8) {
     const auto character = static_cast<char>((stamp >> shift) & 0xFF);
     if (character >= ' ' && character <= '~') version += std::string(version.empty() ? "" : ".") + character;
   }
-  const std::string time = fmt::format("{:%Y-%m-%d %H:%M:%S} UTC", fmt::gmtime(static_cast<std::time_t>(stamp)));
-  return fmt::format("0x{:08X} (version {}, or {})", stamp, version, time);
+  return version.empty() ? time_text(stamp) : fmt::format("version {}, or {}", version, time_text(stamp));
 }
 
 std::string header_text(const ImageField& field) {
-  if (field.name == "version_or_time" || field.name == "time") return stamp_text(field);
-  if (field.json.is_number_unsigned()) return fmt::format("{} (0x{:X})", field.text, field.json.get<std::uint64_t>());
-  return field.text;
+  if (!field.json.is_number_unsigned()) return field.text;
+  const auto number = field.json.get<std::uint64_t>();
+  const auto word = static_cast<std::uint32_t>(number);
+  if (field.name == "version_or_time") return fmt::format("0x{:08X} ({})", number, stamp_text(word));
+  if (field.name == "time") return fmt::format("0x{:08X} ({})", number, time_text(word));
+  return fmt::format("{} (0x{:X})", field.text, number);
 }
 
 std::string indented(const std::string& text, int by) {
@@ -43,11 +49,21 @@ std::string indented(const std::string& text, int by) {
   return result;
 }
 
+// Without the zero elements behind a table that is shorter than its room.
+std::span<const DeRegElement_S> used_elements(const ImageRegisters& registers) {
+  std::size_t count = registers.elements.size();
+  for (; count > 0; --count) {
+    const DeRegElement_S& last = registers.elements[count - 1];
+    if (last.address != 0 || last.mask != 0 || last.value != 0) break;
+  }
+  return std::span{registers.elements}.first(count);
+}
+
 // The registers with the library's fields when the block is one of its tables.
 std::string registers_text(const ImageRegisters& registers) {
-  const RegisterBlock* const known = find_block(registers.block);
+  const RegisterBlock* const known = block_of(registers);
   const RegisterBlock unknown{registers.block, registers.block, nullptr, {}};
-  return register_table(known != nullptr ? *known : unknown, registers.elements);
+  return register_table(known != nullptr ? *known : unknown, used_elements(registers));
 }
 
 std::string item_text(const ImageItem& item) {
@@ -81,63 +97,15 @@ nlohmann::ordered_json fields_json(const std::vector<ImageField>& fields) {
 }
 
 nlohmann::ordered_json registers_json(const ImageRegisters& registers) {
-  const RegisterBlock* const known = find_block(registers.block);
+  const RegisterBlock* const known = block_of(registers);
   const RegisterBlock unknown{registers.block, registers.block, nullptr, {}};
   return register_json(known != nullptr ? *known : unknown, registers.elements);
-}
-
-// What stands at a place: for people, and as bytes, which decide whether two images differ there.
-struct Content {
-  std::string text;
-  std::string bytes;
-};
-
-// Everything that an image says, by place.
-using Places = std::map<std::string, Content>;
-
-Content word_content(std::uint32_t word) {
-  const std::string text = fmt::format("0x{:08X}", word);
-  return {text, text};
-}
-
-void add_registers(const std::string& place, const ImageRegisters& registers, Places& places) {
-  const RegisterBlock* const block = find_block(registers.block);
-  for (std::size_t i = 0; i < registers.elements.size(); ++i) {
-    const DeRegElement_S& element = registers.elements[i];
-    const std::string name = fmt::format("{}{}[{}]", place, registers.block, i);
-    places[name + ".address"] = word_content(element.address);
-    places[name + ".mask"] = word_content(element.mask);
-    places[name + ".value"] = word_content(element.value);
-    if (block == nullptr) continue;
-    for (const FieldBits& field : fields_of(*block, i)) {
-      if (!field.written()) continue;
-      const std::string text = fmt::format("{:.9g}", decode_bits(field, element.value));
-      places[name + "." + field.name] = {text, text};
-    }
-  }
-}
-
-Places places_of(const Image& image) {
-  const std::string size = fmt::format("{}", image.size);
-  Places places{{"kind", {image.kind, image.kind}}, {"size", {size, size}}};
-  for (const ImageSection& section : image.sections) {
-    for (const ImageField& field : section.header)
-      places[section.name + ".header." + field.name] = {field.text, field.bytes};
-    for (const ImageItem& item : section.items) {
-      const std::string place = item.name.empty() ? "" : fmt::format("{}[{}].", section.name, item.name);
-      for (const ImageField& field : item.fields)
-        places[place + field.name] = {field.text, field.bytes};
-      for (const ImageRegisters& registers : item.registers)
-        add_registers(place, registers, places);
-    }
-  }
-  return places;
 }
 
 }  // namespace
 
 std::string image_text(const std::string& path, const Image& image) {
-  std::string text = fmt::format("{}: {}, {} bytes\n", path, image.kind, image.size);
+  std::string text = fmt::format("{}: {}, {} bytes\n", path, image.kind, image.bytes.size());
   for (const ImageSection& section : image.sections)
     text += section_text(section);
   std::size_t checks = 0;
@@ -172,27 +140,9 @@ nlohmann::ordered_json image_json(const std::string& path, const Image& image) {
   }
   return {{"file", path},
           {"kind", image.kind},
-          {"size", image.size},
+          {"size", image.bytes.size()},
           {"good", image.good()},
           {"sections", std::move(sections)}};
-}
-
-std::vector<ImageDifference> compare_images(const Image& first, const Image& second) {
-  const Places a = places_of(first);
-  const Places b = places_of(second);
-  std::vector<ImageDifference> differences;
-  const auto content_at = [](const Places& places, const std::string& place) {
-    const auto at = places.find(place);
-    return at == places.end() ? Content{} : at->second;
-  };
-  Places all = a;
-  all.insert(b.begin(), b.end());
-  for (const auto& [place, unused] : all) {
-    const Content in_first = content_at(a, place);
-    const Content in_second = content_at(b, place);
-    if (in_first.bytes != in_second.bytes) differences.push_back({place, in_first.text, in_second.text});
-  }
-  return differences;
 }
 
 }  // namespace vq3900::tool

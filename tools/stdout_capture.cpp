@@ -14,8 +14,6 @@ namespace vq3900::tool {
 
 namespace {
 
-constexpr int kStdout = 1;
-
 #ifdef _WIN32
 int duplicate(int descriptor) {
   return _dup(descriptor);
@@ -28,6 +26,12 @@ void replace(int from, int to) {
 }
 void close_descriptor(int descriptor) {
   _close(descriptor);
+}
+bool is_terminal_descriptor(int descriptor) {
+  return _isatty(descriptor) != 0;
+}
+bool write_bytes(int descriptor, const std::string& text) {
+  return _write(descriptor, text.data(), static_cast<unsigned>(text.size())) >= 0;
 }
 #else
 int duplicate(int descriptor) {
@@ -42,24 +46,30 @@ void replace(int from, int to) {
 void close_descriptor(int descriptor) {
   close(descriptor);
 }
+bool is_terminal_descriptor(int descriptor) {
+  return isatty(descriptor) != 0;
+}
+bool write_bytes(int descriptor, const std::string& text) {
+  return write(descriptor, text.data(), text.size()) >= 0;
+}
 #endif
 
 }  // namespace
 
 // Without a temporary file nothing is caught: the library's lines then go where they always go.
-StdoutCapture::StdoutCapture() : file_(std::tmpfile()) {
+StreamCapture::StreamCapture(std::FILE* stream) : stream_(stream), file_(std::tmpfile()) {
   if (file_ == nullptr) return;
-  std::fflush(stdout);
-  saved_ = duplicate(kStdout);
-  if (saved_ >= 0) replace(descriptor_of(file_), kStdout);
+  std::fflush(stream_);
+  saved_ = duplicate(descriptor_of(stream_));
+  if (saved_ >= 0) replace(descriptor_of(file_), descriptor_of(stream_));
 }
 
-StdoutCapture::~StdoutCapture() {
+StreamCapture::~StreamCapture() {
   restore();
   if (file_ != nullptr) std::fclose(file_);
 }
 
-std::string StdoutCapture::text() {
+std::string StreamCapture::text() {
   restore();
   std::string text;
   if (file_ == nullptr) return text;
@@ -71,12 +81,20 @@ std::string StdoutCapture::text() {
   return text;
 }
 
-void StdoutCapture::restore() {
+void StreamCapture::write_through(const std::string& text) const {
+  if (saved_ < 0 || !write_bytes(saved_, text)) std::fputs(text.c_str(), stream_);
+}
+
+void StreamCapture::restore() {
   if (saved_ < 0) return;
-  std::fflush(stdout);
-  replace(saved_, kStdout);
+  std::fflush(stream_);
+  replace(saved_, descriptor_of(stream_));
   close_descriptor(saved_);
   saved_ = -1;
+}
+
+bool is_terminal(std::FILE* stream) {
+  return is_terminal_descriptor(descriptor_of(stream));
 }
 
 }  // namespace vq3900::tool

@@ -1,4 +1,4 @@
-// What the library prints to standard output while the tool calls it: the tool's own output stays clean.
+// What the library prints while the tool calls it: the tool's own output stays clean.
 #ifndef VQ3900_TOOLS_STDOUT_CAPTURE_H
 #define VQ3900_TOOLS_STDOUT_CAPTURE_H
 
@@ -7,23 +7,40 @@
 
 namespace vq3900::tool {
 
-// Catches standard output, as C stdio and its file descriptor know it, from construction to text() or destruction.
-class StdoutCapture {
+// Catches a standard stream, as C stdio and its file descriptor know it, from construction to text() or destruction.
+class StreamCapture {
  public:
-  StdoutCapture();
-  ~StdoutCapture();
-  StdoutCapture(const StdoutCapture&) = delete;
-  StdoutCapture& operator=(const StdoutCapture&) = delete;
+  explicit StreamCapture(std::FILE* stream);
+  ~StreamCapture();
+  StreamCapture(const StreamCapture&) = delete;
+  StreamCapture& operator=(const StreamCapture&) = delete;
 
   // Ends the capture and answers what was printed.
   std::string text();
 
+  // Writes past the capture to where the stream went before.
+  void write_through(const std::string& text) const;
+
  private:
   void restore();
 
+  std::FILE* stream_;
   std::FILE* file_ = nullptr;
   int saved_ = -1;
 };
+
+class StdoutCapture : public StreamCapture {
+ public:
+  StdoutCapture() : StreamCapture(stdout) {}
+};
+
+class StderrCapture : public StreamCapture {
+ public:
+  StderrCapture() : StreamCapture(stderr) {}
+};
+
+// Whether a stream goes to a terminal.
+bool is_terminal(std::FILE* stream);
 
 }  // namespace vq3900::tool
 

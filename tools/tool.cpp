@@ -9,8 +9,12 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "calib_cli.h"
+#include "cli_values.h"
 #include "commands.h"
+#include "image_cli.h"
 #include "register_blocks.h"
 
 namespace vq3900::tool {
@@ -31,20 +35,22 @@ void require_known_command(const CLI::App& app, int argc, const char* const* arg
   for (const CLI::App* const command : app.get_subcommands({})) {
     if (command->get_name() == argv[at]) return require_known_command(*command, argc, argv, at + 1);
   }
-  throw CLI::ParseError(fmt::format("'{}' is no command", argv[at]), CLI::ExitCodes::ExtrasError);
+  throw usage_error(fmt::format("'{}' is no command", argv[at]));
 }
 
 // The command line: every subcommand leaves its exit code.
 class CommandLine {
  public:
   CommandLine() {
+    app_.allow_windows_style_options(false);  // "/folder/file" is a path everywhere
     app_.require_subcommand(1);
     app_.set_version_flag("--version", std::string("vq3900-tool ") + de_get_version());
     add_apply();
     add_regs();
     add_check();
     add_keys();
-    add_image();
+    image_.emplace(app_, code_);
+    calib_.emplace(app_, code_);
     app_.add_subcommand("formats", "Print the layout of every file as Markdown tables")->callback([this] {
       code_ = formats_command();
     });
@@ -88,65 +94,39 @@ class CommandLine {
   void add_check() {
     CLI::App* const command =
         app_.add_subcommand("check", "Say what is wrong with a configuration: key, place and accepted values");
-    command->add_option("config", config_, "Depth-engine configuration (INI)")->required();
+    command->add_option("config", config_, "Configuration (INI)")->required();
+    add_kind(*command);
     command->add_flag("--json", json_, "Print JSON");
-    command->callback([this] { code_ = check_command(config_, json_); });
+    command->callback([this] { code_ = check_command(config_, kind_, json_); });
   }
 
   void add_keys() {
     CLI::App* const command = app_.add_subcommand("keys", "List every key of a configuration with what it accepts");
     command->add_flag("--markdown", markdown_, "Print a Markdown table");
-    command->callback([this] { code_ = keys_command(markdown_); });
+    add_kind(*command);
+    command->callback([this] { code_ = keys_command(kind_, markdown_); });
   }
 
-  void add_image() {
-    CLI::App* const image = app_.add_subcommand("image", "Build, inspect and compare the files of the library");
-    image->require_subcommand(1);
-
-    CLI::App* const config = image->add_subcommand("config", "Build a configuration image");
-    config->add_option("-o,--output", output_, "Image to write")->required();
-    config->add_option("--dpu", config_image_.dpu, "Depth-engine configuration (INI), up to 8 times")
-        ->expected(0, 8)
-        ->allow_extra_args(false);
-    config->add_option("--d2c", config_image_.d2c, "Depth-to-colour groups (INI)")->required();
-    config->add_option("--ir-pre", config_image_.ir_pre, "Infrared pre-processing groups (INI)")->required();
-    config->callback([this] { code_ = image_config_command(config_image_, output_); });
-
-    add_single_configuration_image(
-        *image, "registers", "Build the register file of one configuration", image_registers_command);
-    add_single_configuration_image(
-        *image, "snapshot", "Save the parameter records of one configuration", image_snapshot_command);
-
-    CLI::App* const info = image->add_subcommand("info", "Show what a file holds and whether its checks hold");
-    info->add_option("file", config_, "File to look into")->required();
-    info->add_flag("--json", json_, "Print JSON");
-    info->callback([this] { code_ = image_info_command(config_, json_); });
-
-    CLI::App* const diff = image->add_subcommand("diff", "Show where two files differ: section, item, register, field");
-    diff->add_option("first", config_, "File")->required();
-    diff->add_option("second", second_, "File to compare it with")->required();
-    diff->add_flag("--json", json_, "Print JSON");
-    diff->callback([this] { code_ = image_diff_command(config_, second_, json_); });
-  }
-
-  void add_single_configuration_image(CLI::App& image, const char* name, const char* description,
-                                      int (*command)(const std::string&, const std::string&)) {
-    CLI::App* const subcommand = image.add_subcommand(name, description);
-    subcommand->add_option("-o,--output", output_, "File to write")->required();
-    subcommand->add_option("config", config_, "Depth-engine configuration (INI)")->required();
-    subcommand->callback([this, command] { code_ = command(config_, output_); });
+  void add_kind(CLI::App& command) {
+    command
+        .add_option("--kind",
+                    kind_,
+                    "engine: depth-engine configuration; d2c: depth-to-colour groups; ir-pre: infrared pre-processing "
+                    "groups; calib: calibration input configuration")
+        ->check(CLI::IsMember({"engine", "d2c", "ir-pre", "calib"}))
+        ->capture_default_str();
   }
 
   CLI::App app_{"Tools for the configuration of the VQ3900 depth engine", "vq3900-tool"};
   std::string config_;
-  std::string second_;
   std::string block_;
-  std::string output_;
-  ConfigImageInput config_image_;
   RigGeometry geometry_;
+  std::string kind_ = "engine";
   bool json_ = false;
   bool markdown_ = false;
   int code_ = kDone;
+  std::optional<ImageCli> image_;
+  std::optional<CalibCli> calib_;
 };
 
 }  // namespace

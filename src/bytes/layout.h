@@ -32,6 +32,7 @@ enum class FieldType : std::uint8_t {
   kDouble,
   kText,       // characters, zero-padded
   kRegisters,  // register elements: address, mask, value as 32-bit words
+  kIntrinsic,  // fx, fy, cx, cy as floats, width and height as 16-bit words
   kPadding,    // bytes of the record that mean nothing and travel along
   kFiller,     // 0xFF, in no record
 };
@@ -67,6 +68,7 @@ constexpr FieldType field_type() {
   if constexpr (std::is_same_v<Element, double>) return FieldType::kDouble;
   if constexpr (std::is_same_v<Element, char>) return FieldType::kText;
   if constexpr (std::is_same_v<Element, DeRegElement_S>) return FieldType::kRegisters;
+  if constexpr (std::is_same_v<Element, DeCameraIntrinsic_S>) return FieldType::kIntrinsic;
 }
 
 template <typename Member>
@@ -91,6 +93,14 @@ inline void write_element(const DeRegElement_S& element, std::uint8_t* to) {
   store_little(element.mask, to + 4);
   store_little(element.value, to + 8);
 }
+inline void write_element(const DeCameraIntrinsic_S& intrinsic, std::uint8_t* to) {
+  store_little(intrinsic.fx, to);
+  store_little(intrinsic.fy, to + 4);
+  store_little(intrinsic.cx, to + 8);
+  store_little(intrinsic.cy, to + 12);
+  store_little(intrinsic.width, to + 16);
+  store_little(intrinsic.height, to + 18);
+}
 template <typename Number>
 requires std::is_arithmetic_v<Number>
 void write_element(Number number, std::uint8_t* to) {
@@ -100,6 +110,14 @@ void write_element(Number number, std::uint8_t* to) {
 inline void read_element(DeRegElement_S& element, const std::uint8_t* from) {
   element = {
       load_little<std::uint32_t>(from), load_little<std::uint32_t>(from + 4), load_little<std::uint32_t>(from + 8)};
+}
+inline void read_element(DeCameraIntrinsic_S& intrinsic, const std::uint8_t* from) {
+  intrinsic = {load_little<float>(from),
+               load_little<float>(from + 4),
+               load_little<float>(from + 8),
+               load_little<float>(from + 12),
+               load_little<std::uint16_t>(from + 16),
+               load_little<std::uint16_t>(from + 18)};
 }
 template <typename Number>
 requires std::is_arithmetic_v<Number>
@@ -180,8 +198,8 @@ consteval bool complete(const std::array<LayoutRow<Record>, Count>& rows, std::u
 }
 
 // Writes the record's fields; the bytes are at least as long as the structure.
-template <typename Record, std::size_t Count>
-void write_record(const std::array<LayoutRow<Record>, Count>& rows, const Record& record, std::span<std::uint8_t> to) {
+template <typename Record>
+void write_record(std::span<const LayoutRow<Record>> rows, const Record& record, std::span<std::uint8_t> to) {
   for (const LayoutRow<Record>& row : rows) {
     std::uint8_t* const field = to.subspan(row.offset, row.size).data();
     if (row.write == nullptr) {
@@ -192,11 +210,21 @@ void write_record(const std::array<LayoutRow<Record>, Count>& rows, const Record
   }
 }
 
-template <typename Record, std::size_t Count>
-void read_record(const std::array<LayoutRow<Record>, Count>& rows, std::span<const std::uint8_t> from, Record& record) {
+template <typename Record>
+void read_record(std::span<const LayoutRow<Record>> rows, std::span<const std::uint8_t> from, Record& record) {
   for (const LayoutRow<Record>& row : rows) {
     if (row.read != nullptr) row.read(record, from.subspan(row.offset, row.size).data());
   }
+}
+
+template <typename Record, std::size_t Count>
+void write_record(const std::array<LayoutRow<Record>, Count>& rows, const Record& record, std::span<std::uint8_t> to) {
+  write_record(std::span<const LayoutRow<Record>>{rows}, record, to);
+}
+
+template <typename Record, std::size_t Count>
+void read_record(const std::array<LayoutRow<Record>, Count>& rows, std::span<const std::uint8_t> from, Record& record) {
+  read_record(std::span<const LayoutRow<Record>>{rows}, from, record);
 }
 
 }  // namespace vq3900

@@ -1,13 +1,12 @@
 // The message is padded with a one bit, zeros, and its length in bits as a 64-bit number, to a multiple of 64 bytes.
 // Each block of 16 words stirs the four chaining words in 64 steps of the form
 //     a = b + rotl(a + f(b, c, d) + word[k] + sine[i], s)
-// with a different f, order of words and amounts of rotation in each of the four rounds. Every step waits for the one
-// before it, so its time is the length of that chain: the forms of f below keep what depends on the newest word last.
+// with a different f, order of words and amounts of rotation in each of the four rounds. Every step waits for the b of
+// the one before it, so the time of a block is the length of that chain: what depends on b comes last.
 #include "bytes/md5.h"
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <utility>
 
 #include "bytes/little_endian.h"
@@ -44,78 +43,99 @@ constexpr std::size_t word_index(std::size_t step) {
   }
 }
 
+// Keeps the compiler from adding in another order than the code says.
+inline void complete(std::uint32_t& sum) {
+  asm("" : "+r"(sum));
+}
+
+// The new value of the chaining word a.
 template <std::size_t Step>
-inline void stir(std::array<std::uint32_t, 4>& v, const std::array<std::uint32_t, 16>& words) {
+inline std::uint32_t stir(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d,
+                          const std::uint8_t* block) {
   constexpr std::size_t kRound = Step / 16;
-  std::uint32_t& a = v[(64 - Step) % 4];
-  const std::uint32_t b = v[(65 - Step) % 4];
-  const std::uint32_t c = v[(66 - Step) % 4];
-  const std::uint32_t d = v[(67 - Step) % 4];
-  std::uint32_t sum = a + words[word_index(Step)] + kSine[Step];
+  std::uint32_t sum = a + (load_little<std::uint32_t>(block + 4 * word_index(Step)) + kSine[Step]);
+  if constexpr (kRound == 1) sum += c & ~d;
+  complete(sum);
   if constexpr (kRound == 0) sum += d ^ (b & (c ^ d));
-  if constexpr (kRound == 1) sum += (c & ~d) + (b & d);  // the two parts share no bit: a sum serves as well as an or
+  if constexpr (kRound == 1) sum += b & d;  // shares no bit with the other part: a sum serves as well as an or
   if constexpr (kRound == 2) sum += b ^ (c ^ d);
   if constexpr (kRound == 3) sum += c ^ (b | ~d);
-  a = b + std::rotl(sum, kRotation[kRound][Step % 4]);
+  return b + std::rotl(sum, kRotation[kRound][Step % 4]);
 }
 
-template <std::size_t... Steps>
-inline void stir_all(std::array<std::uint32_t, 4>& v, const std::array<std::uint32_t, 16>& words,
-                     std::index_sequence<Steps...>) {
-  (stir<Steps>(v, words), ...);
+// Four steps, after which every chaining word is a new one.
+template <std::size_t First>
+inline void stir_four(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c, std::uint32_t& d,
+                      const std::uint8_t* block) {
+  a = stir<First>(a, b, c, d, block);
+  d = stir<First + 1>(d, a, b, c, block);
+  c = stir<First + 2>(c, d, a, b, block);
+  b = stir<First + 3>(b, c, d, a, block);
 }
 
-void take_blocks(std::array<std::uint32_t, 4>& chain, const std::uint8_t* blocks, std::size_t count) {
-  for (; count > 0; --count, blocks += 64) {
-    std::array<std::uint32_t, 16> words;
-    for (std::size_t i = 0; i < words.size(); ++i)
-      words[i] = load_little<std::uint32_t>(blocks + 4 * i);
-    std::array<std::uint32_t, 4> v = chain;
-    stir_all(v, words, std::make_index_sequence<64>{});
-    for (std::size_t i = 0; i < v.size(); ++i)
-      chain[i] += v[i];
+template <std::size_t... Fours>
+void take_blocks(Md5Chain& chain, const std::uint8_t* blocks, std::size_t count, std::index_sequence<Fours...>) {
+  auto [a, b, c, d] = chain;
+  for (; count > 0; --count, blocks += kMd5Block) {
+    const std::uint32_t before_a = a, before_b = b, before_c = c, before_d = d;
+    (stir_four<4 * Fours>(a, b, c, d, blocks), ...);
+    a += before_a;
+    b += before_b;
+    c += before_c;
+    d += before_d;
   }
+  chain = {a, b, c, d};
+}
+
+void take_blocks(Md5Chain& chain, const std::uint8_t* blocks, std::size_t count) {
+  take_blocks(chain, blocks, count, std::make_index_sequence<16>{});
+}
+
+// Takes the bytes behind the last whole block, and the padding.
+Md5Digest finish_with(Md5Chain& chain, std::span<const std::uint8_t> rest, std::uint64_t length) {
+  std::array<std::uint8_t, kMd5Block> block{};
+  std::ranges::copy(rest, block.begin());
+  if (rest.size() < kMd5Block - 8) {
+    store_little(std::uint32_t{0x80}, &block[rest.size()]);  // in one piece with the zeros: it is loaded by words
+  } else {
+    block[rest.size()] = 0x80;
+    take_blocks(chain, block.data(), 1);
+    block.fill(0);
+  }
+  store_little(length * 8, &block[kMd5Block - 8]);
+  take_blocks(chain, block.data(), 1);
+
+  Md5Digest digest;
+  for (std::size_t i = 0; i < chain.size(); ++i)
+    store_little(chain[i], &digest[4 * i]);
+  return digest;
 }
 
 }  // namespace
 
 void Md5::update(std::span<const std::uint8_t> bytes) {
-  const std::size_t held = length_ % kBlock;
+  const std::size_t held = length_ % kMd5Block;
   length_ += bytes.size();
   if (held > 0) {
-    const std::size_t taken = std::min(kBlock - held, bytes.size());
+    const std::size_t taken = std::min(kMd5Block - held, bytes.size());
     std::copy_n(bytes.begin(), taken, pending_.begin() + static_cast<std::ptrdiff_t>(held));
     bytes = bytes.subspan(taken);
-    if (held + taken < kBlock) return;
+    if (held + taken < kMd5Block) return;
     take_blocks(chain_, pending_.data(), 1);
   }
-  take_blocks(chain_, bytes.data(), bytes.size() / kBlock);
-  const auto rest = bytes.last(bytes.size() % kBlock);
+  take_blocks(chain_, bytes.data(), bytes.size() / kMd5Block);
+  const auto rest = bytes.last(bytes.size() % kMd5Block);
   std::copy(rest.begin(), rest.end(), pending_.begin());
 }
 
 Md5Digest Md5::finish() {
-  std::size_t held = length_ % kBlock;
-  pending_[held++] = 0x80;
-  if (held > kBlock - 8) {
-    std::fill(pending_.begin() + static_cast<std::ptrdiff_t>(held), pending_.end(), std::uint8_t{0});
-    take_blocks(chain_, pending_.data(), 1);
-    held = 0;
-  }
-  std::fill(pending_.begin() + static_cast<std::ptrdiff_t>(held), pending_.end() - 8, std::uint8_t{0});
-  store_little(length_ * 8, &pending_[kBlock - 8]);
-  take_blocks(chain_, pending_.data(), 1);
-
-  Md5Digest digest;
-  for (std::size_t i = 0; i < chain_.size(); ++i)
-    store_little(chain_[i], &digest[4 * i]);
-  return digest;
+  return finish_with(chain_, std::span(pending_).first(length_ % kMd5Block), length_);
 }
 
 Md5Digest md5(std::span<const std::uint8_t> bytes) {
-  Md5 md5;
-  md5.update(bytes);
-  return md5.finish();
+  Md5Chain chain = kMd5Start;
+  take_blocks(chain, bytes.data(), bytes.size() / kMd5Block);
+  return finish_with(chain, bytes.last(bytes.size() % kMd5Block), bytes.size());
 }
 
 }  // namespace vq3900

@@ -10,6 +10,10 @@
 namespace vq3900 {
 
 using Md5Digest = std::array<std::uint8_t, 16>;
+using Md5Chain = std::array<std::uint32_t, 4>;
+
+inline constexpr Md5Chain kMd5Start{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
+inline constexpr std::size_t kMd5Block = 64;
 
 // A digest over a message that comes in pieces.
 class Md5 {
@@ -18,11 +22,9 @@ class Md5 {
   Md5Digest finish();  // the object is used up
 
  private:
-  static constexpr std::size_t kBlock = 64;
-
-  std::array<std::uint32_t, 4> chain_{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
+  Md5Chain chain_ = kMd5Start;
   std::uint64_t length_ = 0;  // of the message so far, in bytes
-  std::array<std::uint8_t, kBlock> pending_{};
+  std::array<std::uint8_t, kMd5Block> pending_{};
 };
 
 Md5Digest md5(std::span<const std::uint8_t> bytes);

@@ -11,7 +11,7 @@ BrownModel::BrownModel(std::span<const float, 8> coefficients)
 }
 
 std::optional<Point> BrownModel::undistort(Point distorted) const {
-  return solve_point(distorted, [this](Point p) -> PlaneSlope {
+  const auto undistorted = solve_point(distorted, [this](Point p) -> PlaneSlope {
     const double r2 = p.x * p.x + p.y * p.y;
     const double numerator = 1 + r2 * (k_[0] + r2 * (k_[1] + r2 * k_[2]));
     const double denominator = 1 + r2 * (k_[3] + r2 * (k_[4] + r2 * k_[5]));
@@ -26,6 +26,9 @@ std::optional<Point> BrownModel::undistort(Point distorted) const {
             across,
             g + 2 * p.y * p.y * g_slope + 6 * p1_ * p.y + 2 * p2_ * p.x};
   });
+  // Beyond the fold of a strong distortion the iteration may settle on the far side of the centre.
+  if (!undistorted || undistorted->x * distorted.x + undistorted->y * distorted.y < 0) return std::nullopt;
+  return undistorted;
 }
 
 }  // namespace vq3900

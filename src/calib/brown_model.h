@@ -26,9 +26,11 @@ class BrownModel {
     return numerator / denominator;
   }
 
-  Point distort(Point p) const {
-    const double r2 = p.x * p.x + p.y * p.y;
-    const double g = radial_factor(r2);
+  Point distort(Point p) const { return distort_with(radial_factor(squared_radius(p)), p); }
+
+  // The same with the point's radial factor, for those that take many points in two steps.
+  Point distort_with(double g, Point p) const {
+    const double r2 = squared_radius(p);
     const double xy2 = 2 * p.x * p.y;
     return {p.x * g + p1_ * xy2 + p2_ * (r2 + 2 * p.x * p.x), p.y * g + p1_ * (r2 + 2 * p.y * p.y) + p2_ * xy2};
   }

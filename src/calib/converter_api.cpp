@@ -1,6 +1,5 @@
 // The two calibration converters: from a calibration to the register settings of rectification, D2C and D2D.
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <exception>
 #include <functional>
@@ -11,7 +10,9 @@
 #include "calib/step_log_api.h"
 #include "calib/stereo_derivation.h"
 #include "calib/stereo_derivation_api.h"
+#include "config/c_locale.h"
 #include "modules/fixed_point.h"
+#include "modules/rectify.h"
 #include "modules/rectify_lut.h"
 #include "platform/diagnostics.h"
 #include "regs/steps.h"
@@ -21,14 +22,6 @@ using vq3900::engine;
 using vq3900::widen;
 
 namespace {
-
-// What "%f" prints in the "C" locale, whatever the host has set.
-std::string fixed_text(float value) {
-  std::array<char, 64> text;  // sign, 39 digits, point, 6 digits
-  const auto [end, error] =
-      std::to_chars(text.data(), text.data() + text.size(), widen(value), std::chars_format::fixed, 6);
-  return {text.data(), end};
-}
 
 bool temperatures_valid(const vq3900::CalibState& calib) {
   return calib.left_temperature >= 1.0F && calib.right_temperature >= 1.0F && calib.ldm_temperature >= 1.0F;
@@ -40,9 +33,9 @@ int32_t start_record(DeStereoRectifyParams_S& rect) {
   const vq3900::CalibState& calib = engine().calib;
   if (!temperatures_valid(calib)) {
     vq3900::print_out("invalid calibration temperature,left:%s,right:%s,ldm:%s",
-                      fixed_text(calib.left_temperature).c_str(),
-                      fixed_text(calib.right_temperature).c_str(),
-                      fixed_text(calib.ldm_temperature).c_str());
+                      vq3900::fixed_text(calib.left_temperature).c_str(),
+                      vq3900::fixed_text(calib.right_temperature).c_str(),
+                      vq3900::fixed_text(calib.ldm_temperature).c_str());
     return VQ3900_ERROR_ARGUMENT;
   }
   const vq3900::CalibInputConfig& config = engine().calib_input;
@@ -74,8 +67,9 @@ void fill_depth(const DeStereoRectifyParams_S& rect, DepthCalcParams_S& depth) {
   }
 }
 
-// One configuration never inherits another's correction.
+// One configuration never inherits another's correction, in the tables neither: images are made of them.
 void drop_corrections() {
+  vq3900::clear_kk(engine().registers);
   for (vq3900::RectifyCameraParams& camera : engine().rectify.camera)
     camera.kk_set = false;
   for (vq3900::RectifyLut& lut : engine().rectify_lut.camera) {
@@ -201,16 +195,22 @@ int32_t cams_calibration_params_to_register_converter(const char* path, DeStereo
   static_cast<void>(path);  // temperatures are all that this converter takes
   static_cast<void>(d2c);
   static_cast<void>(depth);
-  return rect == nullptr ? VQ3900_ERROR_ARGUMENT : start_record(*rect);
+  try {
+    return rect == nullptr ? VQ3900_ERROR_ARGUMENT : start_record(*rect);
+  } catch (const std::bad_alloc&) {  // no memory for the message
+    return VQ3900_ERROR_ARGUMENT;
+  }
 }
 
 int32_t align_ir_ir_rgb_params_to_register_converter(CalibrateParamsMulti calib, DeStereoRectifyParams_S* rect,
                                                      DeCameraD2CParams_S* d2c, DepthCalcParams_S* depth,
                                                      DeLogCallback* log) {
   if (rect == nullptr || depth == nullptr) return VQ3900_ERROR_ARGUMENT;
+  vq3900::CallerCallback callback{log};
   try {
-    return convert(calib, *rect, d2c, *depth, vq3900::StepLog{log});
+    return convert(calib, *rect, d2c, *depth, vq3900::StepLog{callback.get()});
   } catch (const std::bad_alloc&) {
+    if (callback.threw()) throw;
     return VQ3900_ERROR_ARGUMENT;
   }
 }

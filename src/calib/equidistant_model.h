@@ -26,10 +26,10 @@ class EquidistantModel {
     return r > 0 ? distorted_angle(std::atan(r)) / r : 1.0;
   }
 
-  Point distort(Point p) const {
-    const double factor = radial_factor(p.x * p.x + p.y * p.y);
-    return {p.x * factor, p.y * factor};
-  }
+  Point distort(Point p) const { return distort_with(radial_factor(squared_radius(p)), p); }
+
+  // The same with the point's radial factor, for those that take many points in two steps.
+  Point distort_with(double factor, Point p) const { return {p.x * factor, p.y * factor}; }
 
   std::optional<Point> undistort(Point distorted) const;
 

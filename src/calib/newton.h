@@ -18,7 +18,8 @@ struct Slope {
   double derivative;
 };
 
-// Solves f(r) = target for r, starting at the target itself. Nothing when it does not settle.
+// Solves f(r) = target for r, starting at the target itself. Nothing when it does not settle, or settles beyond the
+// fold where the function falls.
 template <typename Function>
 std::optional<double> solve_radius(double target, const Function& f) {
   double r = target;
@@ -27,7 +28,8 @@ std::optional<double> solve_radius(double target, const Function& f) {
     const double change = (at.value - target) / at.derivative;
     r -= change;
     if (!std::isfinite(r)) return std::nullopt;
-    if (std::fabs(change) < kNewtonTolerance) return r;
+    if (std::fabs(change) >= kNewtonTolerance) continue;
+    return at.derivative > 0 ? std::optional{r} : std::nullopt;
   }
   return std::nullopt;
 }
@@ -41,7 +43,8 @@ struct PlaneSlope {
   double yy;
 };
 
-// Solves f(p) = target for p, starting at the target itself. Nothing when it does not settle.
+// Solves f(p) = target for p, starting at the target itself. Nothing when it does not settle, or settles beyond the
+// fold where the map turns the plane inside out.
 template <typename Map>
 std::optional<Point> solve_point(Point target, const Map& f) {
   Point p = target;
@@ -55,7 +58,8 @@ std::optional<Point> solve_point(Point target, const Map& f) {
     p.x -= change_x;
     p.y -= change_y;
     if (!std::isfinite(p.x) || !std::isfinite(p.y)) return std::nullopt;
-    if (std::fabs(change_x) < kNewtonTolerance && std::fabs(change_y) < kNewtonTolerance) return p;
+    if (std::fabs(change_x) >= kNewtonTolerance || std::fabs(change_y) >= kNewtonTolerance) continue;
+    return determinant > 0 ? std::optional{p} : std::nullopt;
   }
   return std::nullopt;
 }

@@ -9,6 +9,10 @@ struct Point {
   double y = 0;
 };
 
+constexpr double squared_radius(Point p) {
+  return p.x * p.x + p.y * p.y;
+}
+
 }  // namespace vq3900
 
 #endif

@@ -11,16 +11,34 @@
 
 namespace vq3900 {
 
+// The caller's callback with a memory: what comes out of it goes on to the caller, whatever it is; a lack of memory
+// elsewhere does not. Null or empty, it raises std::bad_function_call when it is called.
+class CallerCallback {
+ public:
+  explicit CallerCallback(DeLogCallback* callback)
+      : guarded_([this, callback](const char* text) {
+          threw_ = true;
+          if (callback == nullptr) throw std::bad_function_call();
+          (*callback)(text);
+          threw_ = false;
+        }) {}
+  CallerCallback(const CallerCallback&) = delete;
+  CallerCallback& operator=(const CallerCallback&) = delete;
+
+  DeLogCallback* get() { return &guarded_; }
+  bool threw() const { return threw_; }
+
+ private:
+  bool threw_ = false;
+  DeLogCallback guarded_;
+};
+
 class StepLog {
  public:
   explicit StepLog(DeLogCallback* callback) : callback_(callback) {}
 
-  // Passes a text to the callback alone. A callback that is null or empty raises std::bad_function_call; what the
-  // callback throws passes through.
-  void pass(const char* text) const {
-    if (callback_ == nullptr) throw std::bad_function_call();
-    (*callback_)(text);
-  }
+  // Passes a text to the callback alone.
+  void pass(const char* text) const { (*callback_)(text); }
 
   // Prints a step's message with a line end and passes it on without one.
   void step(const std::string& text) const {

@@ -109,12 +109,16 @@ void scale_and_chop(const CalibInputConfig& config, CalibrateParamsMulti& calib)
   scale_and_chop(config, calib.right_ir);
 }
 
-bool is_derivable(const CalibrateParamsMulti& calib) {
+bool is_derivable(const CalibrateParamsMulti& calib, bool with_color) {
   const auto good = [](const DeCalibCamera_S& camera) {
-    return finite_intrinsics(camera) && fits_image(camera.width) && fits_image(camera.height);
+    return finite_intrinsics(camera) && camera.fx > 0 && camera.fy > 0 && fits_image(camera.width) &&
+           fits_image(camera.height);
   };
-  return all_finite(calib.ir_rotation) && all_finite(calib.ir_translation) && good(calib.left_ir) &&
-         good(calib.right_ir) && finite_intrinsics(calib.rgb);
+  const bool stereo = all_finite(calib.ir_rotation) && all_finite(calib.ir_translation) && good(calib.left_ir) &&
+                      good(calib.right_ir);
+  const bool color =
+      finite_intrinsics(calib.rgb) && all_finite(calib.rgb_rotation) && all_finite(calib.rgb_translation);
+  return stereo && (color || !with_color);
 }
 
 float signed_baseline(const float (&translation)[3]) {

@@ -15,9 +15,9 @@ namespace vq3900 {
 // Scales and chops both IR cameras as the configuration says, in single precision.
 void scale_and_chop(const CalibInputConfig& config, CalibrateParamsMulti& calib);
 
-// Whether the calibration can be derived from: finite rotation, translation and intrinsics, IR images of 1 to 65535
-// pixels a side.
-bool is_derivable(const CalibrateParamsMulti& calib);
+// Whether the calibration can be derived from: finite rotations, translations and intrinsics, those of the colour
+// camera where it is wanted; IR cameras with focal lengths above 0 and images of 1 to 65535 pixels a side.
+bool is_derivable(const CalibrateParamsMulti& calib, bool with_color = true);
 
 // The baseline of the translation: its length, in single precision, with the sign of its largest component (the first
 // of equal ones).

@@ -48,7 +48,7 @@ std::int32_t parse_rectify_d2c_params_from_stereo_with_rgb_calib_params(const Ca
                                                                         DeStereoRectifyParams_S* rect,
                                                                         DeCameraD2CParams_S* d2c, CameraLuts& luts) {
   CalibInputConfig& config = engine().calib_input;
-  if (!is_derivable(calib)) return kRefused;
+  if (!is_derivable(calib, d2c != nullptr)) return kRefused;
   if (baseline_sign_differs(config.baseline, calib.ir_translation)) {
     print_out("Baseline sign check error.\n");
     return kRefused;

@@ -1,6 +1,7 @@
 #include "config/c_locale.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 #include <system_error>
@@ -171,6 +172,13 @@ Converted<float> to_float(std::string_view text) {
 
 Converted<double> to_double(std::string_view text) {
   return to_real<double>(text);
+}
+
+std::string fixed_text(float value) {
+  std::array<char, 64> text;  // sign, 39 digits, point, 6 digits
+  const auto [end, error] =
+      std::to_chars(text.data(), text.data() + text.size(), static_cast<double>(value), std::chars_format::fixed, 6);
+  return {text.data(), end};
 }
 
 }  // namespace vq3900

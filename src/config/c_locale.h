@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace vq3900 {
@@ -34,6 +35,9 @@ Converted<std::uint64_t> to_uint64(std::string_view text);
 // Decimal and hexadecimal numbers, infinities and NaN, rounded once to their type.
 Converted<float> to_float(std::string_view text);
 Converted<double> to_double(std::string_view text);
+
+// What "%f" prints in the "C" locale.
+std::string fixed_text(float value);
 
 }  // namespace vq3900
 

@@ -45,6 +45,11 @@ bool encode_depth_constants(const DeBasicParams_S& basic, RegisterTables& tables
   return encode_constant(pbf_field, constants, tables, on_overflow) && fits;
 }
 
+void clear_depth_constants(RegisterTables& tables) {
+  for (const FieldBits& field : kConstantFields)
+    tables.d2d[field.element].value = 0;
+}
+
 DepthConstants decode_depth_constants(const RegisterTables& tables) {
   DepthConstants constants;
   decode_fields(kConstantFields, tables.d2d, constants);

@@ -28,6 +28,10 @@ std::span<const Field<D2dConfig>> d2d_fields();
 // Encodes the constants; the reference plane only when depth is relative to it. False: an overflow, written as all
 // ones.
 bool encode_depth_constants(const DeBasicParams_S& basic, RegisterTables& tables, OverflowHandler on_overflow);
+
+// Puts the constants back to what they are at start-up: none.
+void clear_depth_constants(RegisterTables& tables);
+
 DepthConstants decode_depth_constants(const RegisterTables& tables);
 
 void encode_d2d(const D2dConfig& config, RegisterTables& tables);

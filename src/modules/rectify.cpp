@@ -210,6 +210,13 @@ std::array<double, 9> back_projection(std::span<const float, 9> rotation, std::s
   return matrix;
 }
 
+void clear_kk(RegisterTables& tables) {
+  for (Table& table : tables.rectify) {
+    for (const Field<Camera>& field : rectify_kk_fields())
+      table[field.element].value = 0;
+  }
+}
+
 std::array<double, 9> kk_coefficients(std::span<const float, 8> distortion) {
   const float k1 = distortion[0], k2 = distortion[1], k3 = distortion[2], p1 = distortion[6], p2 = distortion[7];
   const float twice_p1 = 2.0F * p1;

@@ -33,6 +33,9 @@ std::array<double, 9> back_projection(std::span<const float, 9> rotation, std::s
 // The polynomial correction from k1, k2, k3, k4, k5, k6, p1, p2.
 std::array<double, 9> kk_coefficients(std::span<const float, 8> distortion);
 
+// Puts the polynomial correction of both cameras' tables back to what it is at start-up: none.
+void clear_kk(RegisterTables& tables);
+
 void encode_rectify_ctrl(const RectifyState& rectify, RegisterTables& tables);
 
 // How a conversion of the parameters ended: the step that failed, the camera whose parameters were converted, and for

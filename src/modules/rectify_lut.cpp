@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "modules/lut_encoding.h"
+
 namespace vq3900 {
 
 namespace {
@@ -45,37 +47,27 @@ static_assert(well_formed(kFields, startup::rectify_lut_info(kCamera1Block)));
 
 constexpr std::uint32_t kDxOffset = 0x40000;  // of the sections in the camera's block
 constexpr std::uint32_t kDyOffset = 0x60000;
-constexpr std::uint32_t kTile = 4;
+constexpr std::size_t kMostSamples = std::size_t{1} << 24;  // far beyond what the device addresses
 
 std::size_t samples(const Info& info) {
   return std::size_t{info.lut_width} * info.lut_height;
 }
 
-// Displacements in 4x4 tiles, tile row by tile row, each encoded with 24 bits and 24 fraction bits. False: an overflow,
-// at which it ends.
-bool encode_tiles(const double* grid, const Info& info, const char* name, std::uint32_t* words,
-                  OverflowHandler on_overflow) {
-  const FixedFormat format{24, 24, name};
-  for (std::uint32_t tile_row = 0; tile_row < info.lut_height; tile_row += kTile) {
-    for (std::uint32_t tile_column = 0; tile_column < info.lut_width; tile_column += kTile) {
-      for (std::uint32_t row = tile_row; row < tile_row + kTile; ++row) {
-        const double* const values = grid + std::size_t{row} * info.lut_width + tile_column;
-        for (std::uint32_t i = 0; i < kTile; ++i) {
-          const std::uint32_t word = encode_fixed(values[i], format, on_overflow);
-          if (word == kOverflowed) return false;
-          *words++ = word;
-        }
-      }
-    }
-  }
-  return true;
+void drop(HeldSection& section) {
+  section.words.release();
+  section.address = 0;
+  section.count = 0;
+}
+
+void place_section(HeldSection& section, const Info& info, std::uint32_t address) {
+  section.address = address;
+  section.count = info.lut_height * info.lut_width;
 }
 
 bool encode_section(const HeldArray<double>& grid, const Info& info, const char* name, HeldSection& section,
-                    std::uint32_t address, OverflowHandler on_overflow) {
-  section.address = address;
-  section.count = info.lut_height * info.lut_width;
-  return encode_tiles(grid.span().data(), info, name, section.words.span().data(), on_overflow);
+                    OverflowHandler on_overflow) {
+  return encode_tiles(
+      grid.span().data(), {info.lut_width, info.lut_height}, name, section.words.span().data(), on_overflow);
 }
 
 }  // namespace
@@ -85,13 +77,20 @@ std::span<const Field<RectifyLutInfo>> rectify_lut_info_fields() {
 }
 
 bool hold_grid(const RectifyLutInfo& info, RectifyLut& lut) {
-  release_grid(lut);
+  const std::size_t count = samples(info);
+  HeldArray<double> dx;
+  HeldArray<double> dy;
+  if (info.dx != nullptr && !dx.assign({info.dx, count})) return false;
+  if (info.dy != nullptr && !dy.assign({info.dy, count})) {
+    dx.release();
+    return false;
+  }
   lut.info = info;
   lut.info.dx = nullptr;
   lut.info.dy = nullptr;
-  const std::size_t count = samples(info);
-  if (info.dx != nullptr && !lut.dx.assign({info.dx, count})) return false;
-  return info.dy == nullptr || lut.dy.assign({info.dy, count});
+  lut.dx.take(dx);
+  lut.dy.take(dy);
+  return true;
 }
 
 void release_grid(RectifyLut& lut) {
@@ -104,11 +103,16 @@ bool prepare_sections(RectifyLutState& state) {
   const std::size_t camera_0 = samples(state.camera[0].info);
   const std::array<std::size_t, 4> rooms{
       camera_1, camera_1, std::max(camera_1, camera_0), std::max(camera_1, camera_0)};
+  for (HeldSection& section : state.sections)
+    drop(section);
+  if (std::max(camera_1, camera_0) > kMostSamples) return false;
   for (std::size_t i = 0; i < state.sections.size(); ++i) {
     HeldSection& section = state.sections[i];
-    section.address = 0;
+    if (!section.words.allocate(rooms[i])) {
+      std::for_each(state.sections.begin(), state.sections.end(), drop);
+      return false;
+    }
     section.count = static_cast<std::uint32_t>(camera_1);  // of camera 0's sections too, until they are converted
-    if (!section.words.allocate(rooms[i])) return false;
   }
   return true;
 }
@@ -121,27 +125,23 @@ void hand_out(HeldSection& section, std::uint32_t length, LutSection& out) {
   const std::size_t copied = std::min<std::size_t>(length, words.size());
   std::copy_n(words.begin(), copied, out.data);
   std::fill_n(out.data + copied, length - copied, 0U);
-  section.words.release();
-  section.address = 0;
-  section.count = 0;
+  drop(section);
 }
 
 LutFault encode_lut(const RectifyLut& lut, std::uint32_t camera_1_sample_rate_bit, const LutTarget& target,
                     const LutEvents& events) {
   Info info = lut.info;
-  if (info.lut_width % kTile != 0 || info.lut_height % kTile != 0) return LutFault::kSize;
+  if (info.lut_width % kLutTile != 0 || info.lut_height % kLutTile != 0) return LutFault::kSize;
   info.sample_rate_bit = camera_1_sample_rate_bit;
   if (!encode_fields_until_overflow(kFields, info, target.table, events.on_overflow)) return LutFault::kOverflow;
   if (!lut.dx.held() || !lut.dy.held()) return LutFault::kGridMissing;
 
+  place_section(target.dx, info, target.block + kDxOffset);
+  place_section(target.dy, info, target.block + kDyOffset);
   events.on_progress(LutProgress::kDx);
-  if (!encode_section(lut.dx, info, "lut_dx", target.dx, target.block + kDxOffset, events.on_overflow)) {
-    return LutFault::kOverflow;
-  }
+  if (!encode_section(lut.dx, info, "lut_dx", target.dx, events.on_overflow)) return LutFault::kOverflow;
   events.on_progress(LutProgress::kDy);
-  if (!encode_section(lut.dy, info, "lut_dy", target.dy, target.block + kDyOffset, events.on_overflow)) {
-    return LutFault::kOverflow;
-  }
+  if (!encode_section(lut.dy, info, "lut_dy", target.dy, events.on_overflow)) return LutFault::kOverflow;
   events.on_progress(LutProgress::kEnd);
   return LutFault::kNone;
 }

@@ -26,10 +26,18 @@ std::optional<std::string> read_file(const char* path, std::size_t most) {
   return text;
 }
 
+bool is_readable(const char* path) {
+  return read_file(path, 0).has_value();
+}
+
 OutputFile::OutputFile(const char* path) : file_(path == nullptr ? nullptr : std::fopen(path, "wb")) {}
 
 bool OutputFile::write(std::span<const std::uint8_t> bytes) {
   return std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
+}
+
+bool OutputFile::close() {
+  return std::fclose(file_.release()) == 0;
 }
 
 }  // namespace vq3900

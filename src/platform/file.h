@@ -18,6 +18,9 @@ struct FileCloser {
 };
 using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
+// Whether a file can be opened and read. A null path and a directory cannot.
+bool is_readable(const char* path);
+
 // The bytes of a file, or nothing when it cannot be opened and read. A null path and a directory cannot be opened. At
 // most that many bytes are read: a longer file gives one byte more.
 std::optional<std::string> read_file(const char* path, std::size_t most = std::numeric_limits<std::size_t>::max() - 1);
@@ -29,8 +32,11 @@ class OutputFile {
 
   bool is_open() const { return file_ != nullptr; }
 
-  // Whether all bytes went to the stream. What the system refuses later goes unseen.
+  // Whether all bytes went to the stream. What the system refuses later is seen by close() alone.
   bool write(std::span<const std::uint8_t> bytes);
+
+  // Closes the file. Whether the system took everything.
+  bool close();
 
  private:
   FileHandle file_;

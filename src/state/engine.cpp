@@ -12,6 +12,7 @@ void release_held_memory(Engine& engine) {
     lut.dy.release();
   }
   engine.calib.optimized_d2d.release();
+  engine.flash.alignment_records.release();
   for (HeldSection& section : engine.rectify_lut.sections)
     section.words.release();
 }

@@ -7,6 +7,7 @@
 #include "state/calib_input_state.h"
 #include "state/calib_state.h"
 #include "state/de_input_state.h"
+#include "state/flash_state.h"
 #include "state/group_state.h"
 #include "state/rectify_lut_state.h"
 #include "state/rectify_state.h"
@@ -33,6 +34,7 @@ struct Engine {
   CalibState calib;
   D2cGroups d2c_groups;
   IrPreGroups ir_pre_groups;
+  FlashState flash;
 };
 
 // Releases every array that the state holds.

@@ -8,6 +8,7 @@
 #include <new>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 namespace vq3900 {
 
@@ -36,6 +37,13 @@ class HeldArray {
     if (!allocate(elements.size())) return false;
     std::copy(elements.begin(), elements.end(), elements_);
     return true;
+  }
+
+  // Holds what the other held, which then holds nothing.
+  void take(HeldArray& other) {
+    release();
+    std::swap(elements_, other.elements_);
+    std::swap(size_, other.size_);
   }
 
   void release() {

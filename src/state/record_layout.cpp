@@ -1,8 +1,19 @@
-// The layout of the public records is part of the interface: sizes and the offsets that files and callers rely on.
+// What the library takes for granted of a machine, and the layout of the public records, which is part of the interface:
+// sizes and the offsets that files and callers rely on.
 #include "vq3900_depth_engine.h"
 
+#include <cfloat>
+#include <climits>
 #include <cstddef>
+#include <limits>
 #include <type_traits>
+
+static_assert(CHAR_BIT == 8, "bytes have 8 bits");
+static_assert(sizeof(std::size_t) == 8 && sizeof(void*) == 8, "the machine has 64 bits");
+static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559 && sizeof(float) == 4 &&
+                  sizeof(double) == 8,
+              "numbers are those of IEC 559");
+static_assert(FLT_EVAL_METHOD == 0, "each operation is rounded to the type that it is written in");
 
 static_assert(sizeof(DeRegElement_S) == 12 && offsetof(DeRegElement_S, mask) == 4 &&
               offsetof(DeRegElement_S, value) == 8);
@@ -88,5 +99,20 @@ static_assert(sizeof(DeCameraD2CParams_S) == 172 && offsetof(DeCameraD2CParams_S
 static_assert(sizeof(DepthCalcParams_S) == 28 && sizeof(DeDepthConfig_S) == 16);
 static_assert(sizeof(RectifyLutInfo) == 56 && offsetof(RectifyLutInfo, dx) == 40 && offsetof(RectifyLutInfo, dy) == 48);
 static_assert(sizeof(LutSection) == 16 && offsetof(LutSection, data) == 8);
+
+static_assert(sizeof(DeCalibRecordCamera_S) == 2016 && offsetof(DeCalibRecordCamera_S, distortion) == 24 &&
+              offsetof(DeCalibRecordCamera_S, polynomial_param) == 56 &&
+              offsetof(DeCalibRecordCamera_S, reserved) == 64);
+static_assert(sizeof(DeCalibRecord_S) == 6152 && offsetof(DeCalibRecord_S, model_override) == 4 &&
+              offsetof(DeCalibRecord_S, left_ir) == 8 && offsetof(DeCalibRecord_S, right_ir) == 2024 &&
+              offsetof(DeCalibRecord_S, rgb) == 4040 && offsetof(DeCalibRecord_S, ir_rotation) == 6056 &&
+              offsetof(DeCalibRecord_S, ir_translation) == 6092 && offsetof(DeCalibRecord_S, rgb_rotation) == 6104 &&
+              offsetof(DeCalibRecord_S, rgb_translation) == 6140);
+static_assert(sizeof(DeAlignRecord_S) == 976);
+static_assert(sizeof(CalibFlashInput_S) == 56 && offsetof(CalibFlashInput_S, calib_params_file_num) == 8 &&
+              offsetof(CalibFlashInput_S, config_files) == 16 && offsetof(CalibFlashInput_S, config_file_num) == 24 &&
+              offsetof(CalibFlashInput_S, calib_records) == 32 &&
+              offsetof(CalibFlashInput_S, calib_record_num) == 40 &&
+              offsetof(CalibFlashInput_S, alignment_switch) == 48);
 
 static_assert(std::is_trivially_copyable_v<DeDispCalcParams_S> && std::is_standard_layout_v<DeDispCalcParams_S>);

@@ -1,19 +1,45 @@
 # Compares what the built library exports with abi/exported_names.txt, and that list with the functions that the public
-# header declares. Run with -DLIBRARY=... -DNM=... -DSOURCE_DIR=...
+# header declares; for a DLL also what it imports. Run with -DLIBRARY=... -DNM=... -DOBJDUMP=... -DSOURCE_DIR=...
 cmake_minimum_required(VERSION 3.25)
 
 file(STRINGS "${SOURCE_DIR}/abi/exported_names.txt" listed)
 
-execute_process(COMMAND "${NM}" -D --defined-only "${LIBRARY}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
 set(exported "")
-foreach(line ${lines})
-  string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" name "${line}")
-  string(REGEX REPLACE "@.*$" "" name "${name}")
-  if(NOT name STREQUAL "VQ3900_2") # the version itself
+if(LIBRARY MATCHES "\\.dll$")
+  execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE tables COMMAND_ERROR_IS_FATAL ANY)
+
+  # [Ordinal/Name Pointer] Table: a number and a name a line.
+  string(REGEX MATCH "\\[Ordinal/Name Pointer\\] Table[^\n]*\n([^\n]+\n)*" table "${tables}")
+  string(REGEX MATCHALL "[A-Za-z_0-9.?@$]+\n" lines "${table}")
+  foreach(line ${lines})
+    string(STRIP "${line}" name)
     list(APPEND exported "${name}")
+  endforeach()
+  list(REMOVE_ITEM exported Table)
+
+  # The library goes to machines that have nothing of its compiler.
+  string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${tables}")
+  list(TRANSFORM imports REPLACE "DLL Name: " "")
+  list(TRANSFORM imports TOLOWER)
+  list(SORT imports)
+  if(NOT imports STREQUAL "kernel32.dll;msvcrt.dll")
+    message(SEND_ERROR "the library imports from other libraries than the system's: ${imports}")
   endif()
-endforeach()
+else()
+  execute_process(COMMAND "${NM}" -D --defined-only "${LIBRARY}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
+  foreach(line ${lines})
+    string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" name "${line}")
+    if(name STREQUAL "VQ3900_2") # the version itself
+      continue()
+    endif()
+    if(NOT name MATCHES "@@VQ3900_2$")
+      message(SEND_ERROR "not under the version VQ3900_2: ${name}")
+    endif()
+    string(REGEX REPLACE "@.*$" "" name "${name}")
+    list(APPEND exported "${name}")
+  endforeach()
+endif()
 list(SORT exported)
 
 file(READ "${SOURCE_DIR}/include/vq3900_depth_engine.h" header)

@@ -1,48 +1,41 @@
 #include "bytes/crc32.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <ostream>
+#include <vector>
 
+#include "bytes/crc32_paths.h"
 #include "support/byte_strings.h"
+#include "support/code_paths.h"
 #include "support/numbers.h"
+#include "support/peers.h"
 
 namespace vq3900::test {
 namespace {
 
-struct Implementation {
-  const char* name;
-  std::uint32_t (*run)(std::uint32_t initial, const std::uint8_t* data, std::size_t length);
-};
-
-void PrintTo(const Implementation& implementation, std::ostream* stream) {
-  *stream << implementation.name;
+// Every implementation goes through every test, and so does the choice among them.
+std::vector<CodePath<Crc32Function>> implementations() {
+  std::vector<CodePath<Crc32Function>> all(crc32_paths().begin(), crc32_paths().end());
+  all.push_back({"chosen", always_supported, crc32});
+  return all;
 }
 
-// Every implementation goes through every test: further ones join this list.
-const Implementation kImplementations[] = {
-    {"Library", crc32},
-};
-
-class Crc32 : public testing::TestWithParam<Implementation> {
+class Crc32 : public CodePathTest<Crc32Function> {
  protected:
   static std::uint32_t run(std::uint32_t initial, ByteSpan bytes) {
-    return GetParam().run(initial, bytes.data(), bytes.size());
+    return path()(initial, bytes.data(), bytes.size());
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Implementations, Crc32, testing::ValuesIn(kImplementations),
-                         [](const auto& test) { return test.param.name; });
+INSTANTIATE_TEST_SUITE_P(Implementations, Crc32, testing::ValuesIn(implementations()), kPathName);
 
 // Another implementation.
 std::uint32_t reference(std::uint32_t initial, ByteSpan bytes) {
-  if (bytes.empty()) return initial;
-  return static_cast<std::uint32_t>(::crc32(initial, bytes.data(), static_cast<uInt>(bytes.size())));
+  return peer_crc32(initial, bytes);
 }
 
 // --- published values
@@ -87,15 +80,15 @@ TEST_P(Crc32, PublishedValues) {
 
 TEST_P(Crc32, CheckValueOfTheNineDigitsAndNothingOfNoBytes) {
   const ByteVector digits = bytes_of_text("123456789");
-  EXPECT_EQ(GetParam().run(0, digits.data(), 9), 0xCBF43926U);
-  EXPECT_EQ(GetParam().run(0, digits.data(), 0), 0U);
+  EXPECT_EQ(path()(0, digits.data(), 9), 0xCBF43926U);
+  EXPECT_EQ(path()(0, digits.data(), 0), 0U);
 }
 
 // From a register of zero bits a byte leaves its own table entry.
 TEST_P(Crc32, FirstTableEntriesAreThePublishedOnes) {
   const std::uint32_t entries[] = {0x00000000, 0x77073096, 0xEE0E612C, 0x990951BA};
   for (std::uint8_t byte = 0; byte < std::size(entries); ++byte)
-    EXPECT_EQ(~GetParam().run(0xFFFFFFFF, &byte, 1), entries[byte]) << "byte " << int{byte};
+    EXPECT_EQ(~path()(0xFFFFFFFF, &byte, 1), entries[byte]) << "byte " << int{byte};
 }
 
 // --- continuing
@@ -103,8 +96,8 @@ TEST_P(Crc32, FirstTableEntriesAreThePublishedOnes) {
 TEST_P(Crc32, NoBytesLeaveTheInitialValue) {
   const std::uint8_t byte = 0x5A;
   for (const std::uint32_t initial : {0U, 1U, 0x80000000U, 0xCBF43926U, 0xFFFFFFFFU}) {
-    EXPECT_EQ(GetParam().run(initial, &byte, 0), initial);
-    EXPECT_EQ(GetParam().run(initial, nullptr, 0), initial);
+    EXPECT_EQ(path()(initial, &byte, 0), initial);
+    EXPECT_EQ(path()(initial, nullptr, 0), initial);
   }
 }
 
@@ -132,7 +125,7 @@ TEST_P(Crc32, OneByteAtATimeGivesTheValueOfTheWhole) {
   const ByteVector bytes = random_bytes(2000, 4);
   std::uint32_t crc = 0;
   for (const std::uint8_t& byte : bytes)
-    crc = GetParam().run(crc, &byte, 1);
+    crc = path()(crc, &byte, 1);
   EXPECT_EQ(crc, reference(0, bytes));
 }
 
@@ -182,10 +175,19 @@ TEST_P(Crc32, AgreesForAMegabyte) {
 }
 
 TEST_P(Crc32, ReadsNothingBehindTheLastByte) {
-  const ByteVector bytes = random_bytes(130, 9);
+  const ByteVector bytes = random_bytes(700, 9);
   for (std::size_t length = 0; length <= bytes.size(); ++length) {
     const GuardedBytes guarded(ByteSpan(bytes.data(), length));
     ASSERT_EQ(run(0, guarded.bytes()), reference(0, guarded.bytes())) << length << " bytes";
+  }
+}
+
+TEST_P(Crc32, ReadsNothingBeforeTheFirstByte) {
+  const ByteVector bytes = random_bytes(700, 10);
+  for (std::size_t length = 0; length <= bytes.size(); ++length) {
+    FencedArray<std::uint8_t> fenced(length, FencedArray<std::uint8_t>::Side::kStart);
+    std::copy_n(bytes.begin(), length, fenced.data());
+    ASSERT_EQ(run(0, fenced.span()), reference(0, fenced.span())) << length << " bytes";
   }
 }
 

@@ -1,282 +1,30 @@
 #include "vq3900_depth_engine.h"
 
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <zlib.h>
 
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
-#include <fstream>
-#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "state/engine.h"
 #include "support/capture.h"
+#include "support/config_image_fixture.h"
 #include "support/config_image_format.h"
 #include "support/config_images.h"
 #include "support/de_input_text.h"
-#include "support/engine_fixture.h"
+#include "support/image_files.h"
 #include "support/numbers.h"
 #include "support/registers.h"
 
 namespace vq3900::test {
 namespace {
 
-constexpr const char* kDpuFailed = "error: convert dpu configs failed \n";
-constexpr const char* kD2cFailed = "error: convert d2c configs failed \n";
-constexpr const char* kIrPreFailed = "error: convert ir_pre_isp configs failed \n";
-constexpr std::uint32_t kSampleVersion = 0x31303235;  // 1.0.2.5
 constexpr std::size_t kImageSize = 16384;
 constexpr std::size_t kDpuItemSize = 984;
-
-std::string not_created(const std::string& path) {
-  return "error: create or open file failed, path=" + path + " \n";
-}
-
-std::string not_loaded(const std::string& path) {
-  return "error: load_input_configs, path=" + path + " \n";
-}
-
-// --- digests and checksums by other hands
-
-ImageBytes openssl_md5(const ImageBytes& bytes) {
-  ImageBytes digest(16);
-  EXPECT_EQ(EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_md5(), nullptr), 1);
-  return digest;
-}
-
-std::uint32_t zlib_crc32(const ImageBytes& bytes) {
-  return static_cast<std::uint32_t>(crc32_z(0, bytes.data(), bytes.size()));
-}
-
-// --- what the formats say
-
-std::uint32_t stamp_of(const ImageBytes& image, const SectionFormat& format) {
-  return word_at(image, format.offset + 20);
-}
-
-void expect_filler(const ImageBytes& bytes) {
-  EXPECT_EQ(bytes, ImageBytes(bytes.size(), 0xFF));
-}
-
-// The header's words but for the stamp, the digest of every item, and 0xFF behind the last one.
-void expect_section(const ImageBytes& image, const SectionFormat& format, std::uint32_t count) {
-  SCOPED_TRACE(format.name);
-  const ImageBytes section = part(image, format.offset, format.room);
-  const std::uint32_t length = 36 + count * format.item_size;
-  ImageBytes covered = part(section, 0, length);
-  put_word(covered, 4, 0);
-  EXPECT_EQ(word_at(section, 0), format.magic);
-  EXPECT_EQ(word_at(section, 4), zlib_crc32(covered));
-  EXPECT_EQ(word_at(section, 8), length);
-  EXPECT_EQ(word_at(section, 12), format.address);
-  EXPECT_EQ(word_at(section, 16), 18U);
-  EXPECT_EQ(word_at(section, 24), format.item_magic);
-  EXPECT_EQ(word_at(section, 28), count);
-  EXPECT_EQ(word_at(section, 32), format.item_size);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const ImageBytes item = item_of(image, format, i);
-    EXPECT_EQ(part(item, 0, 16), openssl_md5(part(item, 16, format.digested))) << "item " << i;
-  }
-  expect_filler(part(section, length, format.room - length));
-}
-
-struct Word {
-  std::size_t offset;
-  std::uint32_t value;
-};
-
-void expect_words(const ImageBytes& bytes, const std::vector<Word>& words) {
-  for (const Word& word : words)
-    EXPECT_EQ(word_at(bytes, word.offset), word.value) << "offset " << word.offset;
-}
-
-// So many registers from the offset on; masks are held against the library's tables.
-template <std::size_t Size>
-void expect_registers(const ImageBytes& bytes, std::size_t offset, const std::array<Register, Size>& expected,
-                      std::size_t count = Size) {
-  for (std::size_t i = 0; i < count; ++i) {
-    EXPECT_EQ(word_at(bytes, offset + 12 * i), expected[i].address) << "offset " << offset << ", element " << i;
-    EXPECT_EQ(word_at(bytes, offset + 12 * i + 8), expected[i].value) << "offset " << offset << ", element " << i;
-  }
-}
-
-using CopyTable = int32_t (*)(DeRegElement_S*, uint8_t);
-
-// The same against a table of the library.
-void expect_table(const ImageBytes& bytes, std::size_t offset, CopyTable copy, std::uint8_t count) {
-  std::vector<DeRegElement_S> table(count);
-  ASSERT_EQ(copy(table.data(), count), 0);
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t at = offset + 12 * i;
-    const DeRegElement_S stored{word_at(bytes, at), word_at(bytes, at + 4), word_at(bytes, at + 8)};
-    EXPECT_EQ(stored, table[i]) << "offset " << offset << ", element " << i;
-  }
-}
-
-class ImageFile : public EngineTest {
- protected:
-  ImageBytes written() const { return bytes_of_file(out_.text()); }
-
-  void fill_output(std::size_t size) const { std::ofstream(out_.text(), std::ios::binary) << std::string(size, 'x'); }
-
-  OutputPath out_;
-};
-
-// =============================================================================================== the 928-byte file
-
-class RegisterFile : public ImageFile {
- protected:
-  Outcome build() const {
-    return outcome_of([&] { return gen_depth_engine_config_flash_file(out_.c_str()); });
-  }
-
-  ImageBytes built() const {
-    EXPECT_EQ(build(), silent(1));
-    return written();
-  }
-};
-
-TEST_F(RegisterFile, SampleGivesTheGoldenBytes) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  expect_same_bytes(built(), bytes_of_file(VQ3900_TEST_DATA "/register_file.bin"));
-}
-
-TEST_F(RegisterFile, GoldenBytesHoldCountsRegistersAndFillersWhereTheFormatSays) {
-  const ImageBytes file = bytes_of_file(VQ3900_TEST_DATA "/register_file.bin");
-  ASSERT_EQ(file.size(), 928U);
-  expect_words(file, {{0, 2}, {32, 5}, {112, 18}, {336, 7}, {432, 12}, {576, 30}});
-  expect_registers(file, 4, std::array<Register, 2>{{{0x50001204, 0}, {0x50001208, 0}}});
-  expect_registers(file, 36, kStereoControl);
-  expect_registers(file, 116, kStereoPrefilter);
-  expect_registers(file, 340, kStereoExtendChop);
-  expect_registers(file, 436, kStereoDisparity, 11);
-  expect_words(file, {{568, 0x50001034}, {572, 0xFFFFFFFF}});  // the twelfth disparity register, its value lost
-  expect_registers(file, 580, kStereoGpm, 29);                 // up to the last byte
-  for (const auto& [offset, size] : {std::pair{28U, 4U}, {96U, 16U}, {332U, 4U}, {424U, 8U}})
-    expect_filler(part(file, offset, size));
-}
-
-TEST_F(RegisterFile, RegistersAreThoseOfTheLibrarysTables) {
-  load_and_apply(example("mono_640x480.ini"));
-  const DeRegElement_S d2d[] = {{0x50001204, 0xFFFFFFFF, 0x11223344}, {0x50001208, 0xFFFFFFFF, 0xFF00FF01}};
-  ASSERT_EQ(de_update_d2d_params_register_table(d2d, 2), 0);
-  const ImageBytes file = built();
-  expect_words(file, {{12, 0x11223344}, {24, 0xFF00FF01}});  // as they stand: depth constants are not converted
-  expect_table(file, 4, de_copy_d2d_params_register_table, 2);
-  expect_table(file, 36, de_copy_basic_d2c_d2d_ctrl_register_table, 5);
-  expect_table(file, 116, de_copy_prefilter_register_table, 18);
-  expect_table(file, 340, de_copy_extend_chop_register_table, 7);
-  expect_table(file, 436, de_copy_disp_calc_register_table, 11);
-  expect_table(file, 580, de_copy_gpm_register_table, 29);
-}
-
-TEST_F(RegisterFile, WordAt576Is30WhateverTheTwelfthDisparityRegisterHeld) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  const ImageBytes before = built();
-  for (const std::uint32_t mask : {0U, 1U, 0x3FFFFFFFU}) {
-    const DeArmShortParams_S arm{9, 1, mask};
-    set_arm_short_params(&arm);
-    const ImageBytes file = built();
-    EXPECT_EQ(value_at(engine().registers.disp_calc, 0x50001034), 0x80000000U | mask);
-    EXPECT_EQ(word_at(file, 576), 30U);
-    expect_same_bytes(file, before);
-  }
-}
-
-TEST_F(RegisterFile, ThirtiethGpmRegisterIsNotInTheFile) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  const ImageBytes before = built();
-  const DeGpmConfig_S config{24, 48, 12, 200, 3, -77, 77};
-  set_gpm_config(&config, 0);
-  expect_same_bytes(built(), before);
-  EXPECT_EQ(value_at(engine().registers.gpm, 0x50001368), 0x00FB304DU);
-}
-
-TEST_F(RegisterFile, RecordsAreConvertedAndRectificationIsLeftAlone) {
-  const DeRegElement_S rectify[] = {
-      {0x52080070, 0x0FFF041F, 1}, {0x52000070, 0x0FFF001F, 2}, {0x520000A0, 0x0000001E, 4}};
-  load_and_apply(example("stereo_1280x800.ini"));
-  ASSERT_EQ(de_update_rectify_ctrl_register_table(rectify, 3), 0);
-  set_depth_engine_win_size(3);
-  EXPECT_EQ(word_at(built(), 436 + 10 * 12 + 8), 0x03FC0040U);
-  EXPECT_EQ(engine().registers.rectify_ctrl[0].value, 1U);
-  EXPECT_EQ(engine().registers.rectify_ctrl[2].value, 4U);
-}
-
-TEST_F(RegisterFile, WithoutAnyConfigurationTheRecordsAreZero) {
-  const ImageBytes file = built();
-  expect_words(file, {{0, 2}, {32, 5}, {36 + 24 + 8, 0x04000000}, {112, 18}, {576, 30}});
-  EXPECT_EQ(word_at(file, 436 + 10 * 12 + 8), 0x00000010U);  // (0 - 1)^2
-}
-
-TEST_F(RegisterFile, OverflowIsPrintedAndTheFileWrittenAllTheSame) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  const double coefficients[] = {9, 0, 0, 0};
-  set_subpixel_coef(coefficients);
-  EXPECT_EQ(build(), prints_out(1, overflow_lines(9, 13, 10, "subpixel_coef_a0")));
-  EXPECT_EQ(word_at(written(), 436 + 8), 0x00001FFFU);
-}
-
-TEST_F(RegisterFile, LongerFileIsReplacedAndASecondCallGivesTheSame) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  fill_output(5000);
-  const ImageBytes first = built();
-  EXPECT_EQ(first.size(), 928U);
-  expect_same_bytes(built(), first);
-}
-
-TEST_F(RegisterFile, DestinationThatCannotBeCreatedIsPrintedAndNothingConverted) {
-  load_and_apply(example("stereo_1280x800.ini"));
-  const auto before = bytes_of(engine().registers);
-  const std::string missing = testing::TempDir() + "vq3900_no_such_folder/file";
-  for (const std::string& path : {missing, std::string(), testing::TempDir()}) {
-    EXPECT_EQ(outcome_of([&] { return gen_depth_engine_config_flash_file(path.c_str()); }),
-              prints_out(0, not_created(path)));
-  }
-  EXPECT_EQ(outcome_of([] { return gen_depth_engine_config_flash_file(nullptr); }),
-            prints_out(0, not_created("(null)")));
-  EXPECT_EQ(bytes_of(engine().registers), before);
-}
-
-#ifdef __linux__
-TEST_F(RegisterFile, FullDiskGoesUnseen) {
-  EXPECT_EQ(outcome_of([] { return gen_depth_engine_config_flash_file("/dev/full"); }), silent(1));
-}
-#endif
-
-// ================================================================================================= the flash image
-
-class ConfigImage : public ImageFile {
- protected:
-  Outcome build(ConfigInput& input) const {
-    return outcome_of([&] { return gen_depth_engine_config_flash_file_de(&input.record(), out_.c_str()); });
-  }
-
-  // A build that succeeds, with so many digests.
-  ImageBytes built(ConfigInput& input, int digests) const {
-    EXPECT_EQ(build(input), prints_out(1, digest_trace(digests)));
-    return written();
-  }
-
-  // A build that fails: the file is there, empty, and the call answers true.
-  void expect_failure(ConfigInput& input, const std::string& out, const std::string& err) const {
-    fill_output(20000);
-    EXPECT_EQ(build(input), (Outcome{1, out, err}));
-    EXPECT_EQ(written(), ImageBytes());
-  }
-
-  static DeInputText with_version(const std::string& version) { return DeInputText().set("mode", "version", version); }
-};
-
-ImageBytes golden_image() {
-  return bytes_of_file(VQ3900_TEST_DATA "/config_image.bin");
-}
 
 TEST_F(ConfigImage, SamplesGiveTheGoldenBytes) {
   ConfigInput input;
@@ -533,154 +281,11 @@ TEST_F(ConfigImage, MoreGroupsThanTheirLoaderTakesAreAFailedLoad) {
   expect_failure(with_ir_pre, digest_trace(3) + not_loaded(ir_pre.path()) + kIrPreFailed, too_many);
 }
 
-// --- failing files
-
-struct FailingFile {
-  const char* name;
-  std::function<DeInputText()> text;
-  const char* err;
-  const char* setter_message;  // null: loading fails
-};
-
-const std::vector<FailingFile>& failing_files() {
-  static const std::vector<FailingFile> files = {
-      {"missing_section", [] { return DeInputText().remove_section("gpm"); }, "gpm section not found!\n", nullptr},
-      {"bad_depth_unit",
-       [] { return DeInputText().set("basic", "depth_unit", "0.3"); },
-       "depth_unit parse error\n",
-       nullptr},
-      {"bad_number", [] { return DeInputText().set("disparity", "win_size", "x"); }, "", nullptr},
-      {"camera_mode", [] { return DeInputText().set("basic", "cam_mode", "2"); }, "", "set_camera_mode error!\n"},
-      {"rectify_status",
-       [] { return DeInputText().set("basic", "rectify_mode", "2"); },
-       "",
-       "set_rectify_status error!\n"},
-      {"rotation",
-       [] { return DeInputText().set("basic", "cam_mode", "1").set("basic", "rectify_mode", "2"); },
-       "stereo mode:  nonsupport rotation !\n",
-       "set_rectify_sbg2r_config error!\n"},
-  };
-  return files;
-}
-
-class ConfigImageFailingFile : public ConfigImage, public testing::WithParamInterface<FailingFile> {};
-
-TEST_P(ConfigImageFailingFile, EndsTheBuildAtItsPlaceWithItsMessages) {
-  const TempFile bad(GetParam().text().text());
-  const std::string message =
-      GetParam().setter_message == nullptr
-          ? not_loaded(bad.path())
-          : GetParam().setter_message + ("error: set_depth_engine_config, path=" + std::string(bad.path()) + " \n");
-  for (const std::size_t place : {0U, 1U, 2U}) {
-    SCOPED_TRACE(place);
-    std::vector<std::string> dpu(3, example("mono_640x480.ini"));
-    dpu[place] = bad.path();
-    ConfigInput input(dpu);
-    expect_failure(input, digest_trace(static_cast<int>(place)) + message + kDpuFailed, GetParam().err);
-    EXPECT_EQ(engine().d2c_groups.count, 0);  // groups are not loaded
-    EXPECT_EQ(engine().ir_pre_groups.count, 0);
-  }
-}
-
-TEST_P(ConfigImageFailingFile, IsForgottenByTheNextBuild) {
-  const TempFile bad(GetParam().text().text());
-  ConfigInput failing({example("mono_640x480.ini"), bad.path()}, example("d2c_groups.ini"), "none");
-  build(failing);
-  ConfigInput input;
-  const ImageBytes image = built(input, 7);
-  expect_section(image, kDpu, 2);
-  EXPECT_EQ(part(item_of(image, kDpu, 0), 0, 108), part(item_of(golden_image(), kDpu, 0), 0, 108));
-}
-
-INSTANTIATE_TEST_SUITE_P(Files, ConfigImageFailingFile, testing::ValuesIn(failing_files()),
-                         [](const auto& test) { return std::string(test.param.name); });
-
-TEST_F(ConfigImage, FileWithoutSectionModeCannotBeTheFirst) {
-  const TempFile empty("[other]\nkey = 1\n");
-  ConfigInput input({empty.path()});
-  expect_failure(input,
-                 "set_extend_chop_params error!\nerror: set_depth_engine_config, path=" + std::string(empty.path()) +
-                     " \n" + kDpuFailed,
-                 "unsupported size! size: 5, 7,9 \nmissing setting prefilter imgage size,namely ir resolution\n");
-}
-
-TEST_F(ConfigImage, MissingFileEndsTheBuild) {
-  ConfigInput input({example("mono_640x480.ini"), "/no/such/file"});
-  expect_failure(input, digest_trace(1) + not_loaded("/no/such/file") + kDpuFailed, "Cannot open file/no/such/file\n");
-}
-
-TEST_F(ConfigImage, NullPathInTheArrayIsAFileThatCannotBeOpened) {
-  ConfigInput input;
-  input.path(1) = nullptr;
-  expect_failure(input, digest_trace(1) + not_loaded("(null)") + kDpuFailed, "Cannot open file\n");
-}
-
-TEST_F(ConfigImage, FailedFileLeavesTheRecordsAtThePointOfFailure) {
-  const TempFile first(DeInputText().text());
-  const TempFile bad(DeInputText()
-                         .set("mode", "laser_type", "77")
-                         .set("basic", "cam_mode", "1")
-                         .set("basic", "rectify_mode", "2")
-                         .set("disparity", "win_size", "21")
-                         .text());
-  ConfigInput input({first.path(), bad.path(), first.path()}, example("d2c_groups.ini"), "none");
-  build(input);
-  EXPECT_EQ(engine().input.mode.record.laser_type, 77U);  // loaded whole,
-  EXPECT_EQ(engine().basic.cam_mode, 1U);                 // applied up to the rotation,
-  EXPECT_EQ(engine().disparity.win_size, 9U);             // which comes before the window
-}
-
-TEST_F(ConfigImage, FailingD2cFileEndsTheBuildWithItsMessages) {
-  std::string no_second = d2c_groups_text(2);
-  no_second.replace(no_second.find("[group2]"), 8, "[group3]");
-  std::string bad_number = d2c_groups_text(1);
-  bad_number.replace(bad_number.find("scale = 2"), 9, "scale = x");
-  for (const auto& [text, err] :
-       {std::pair{std::string("[basic]\nversion = 1\n"), "Field num not found in section basic\n"},
-        {no_second, "check section group2 error\n"},
-        {bad_number, ""}}) {
-    const TempFile d2c(text);
-    ConfigInput input({example("mono_640x480.ini")}, d2c.path(), example("ir_pre_groups.ini"));
-    expect_failure(input, digest_trace(1) + not_loaded(d2c.path()) + kD2cFailed, err);
-    EXPECT_EQ(engine().ir_pre_groups.count, 0);
-  }
-}
-
-TEST_F(ConfigImage, FailingIrPreFileEndsTheBuildAfterTheOtherSections) {
-  const TempFile ir_pre("[basic]\nnum = 1\nversion = 1\n");
-  ConfigInput input({example("mono_640x480.ini")}, example("d2c_groups.ini"), ir_pre.path());
-  expect_failure(input, digest_trace(1 + 3) + not_loaded(ir_pre.path()) + kIrPreFailed, "check section group1 error\n");
-  EXPECT_EQ(engine().d2c_groups.count, 3);
-}
-
-TEST_F(ConfigImage, EmptyGroupPathsFailInTheLoader) {
-  ConfigInput no_d2c({}, "", example("ir_pre_groups.ini"));
-  expect_failure(no_d2c, not_loaded("") + kD2cFailed, "Cannot open file\n");
-  ConfigInput no_ir_pre({}, example("d2c_groups.ini"), "");
-  expect_failure(no_ir_pre, digest_trace(3) + not_loaded("") + kIrPreFailed, "Cannot open file\n");
-}
-
-// The same file by a path of exactly 256 bytes.
-std::string long_path(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return path.substr(0, slash) + std::string(257 - path.size(), '/') + path.substr(slash + 1);
-}
-
-TEST_F(ConfigImage, GroupPathsOf256BytesNeedNoTerminator) {
-  const TempFile d2c(d2c_groups_text(1));
-  const TempFile ir_pre(ir_pre_groups_text(1));
-  ConfigInput input({}, long_path(d2c.path()), long_path(ir_pre.path()));
-  ASSERT_EQ(input.record().ir_pre_config_path[255], ir_pre.path()[std::strlen(ir_pre.path()) - 1]);
-  const ImageBytes image = built(input, 2);
-  expect_section(image, kD2c, 1);
-  expect_section(image, kIrPre, 1);
-
-  const std::string missing = long_path("/no/such/file");
-  ConfigInput failing({}, missing, long_path(ir_pre.path()));
-  expect_failure(failing, not_loaded(missing) + kD2cFailed, "Cannot open file" + missing + "\n");
-}
-
 // --- versions and times
+
+DeInputText with_version(const std::string& version) {
+  return DeInputText().set("mode", "version", version);
+}
 
 struct VersionCase {
   const char* name;
@@ -745,53 +350,6 @@ TEST_F(ConfigImage, VersionOfAnEarlierBuildIsNotRemembered) {
   EXPECT_NE(stamp_of(image, kD2c), kSampleVersion);
   EXPECT_EQ(stamp_of(image, kIrPre), 0x37U);
 }
-
-// --- destinations
-
-TEST_F(ConfigImage, LongerFileIsReplaced) {
-  fill_output(20000);
-  ConfigInput input;
-  expect_same_bytes(built(input, 7), golden_image());
-}
-
-TEST_F(ConfigImage, DestinationThatCannotBeCreatedIsPrintedAndNothingLoaded) {
-  ConfigInput input;
-  const auto before = bytes_of(engine());
-  const std::string missing = testing::TempDir() + "vq3900_no_such_folder/file";
-  for (const std::string& path : {missing, std::string(), testing::TempDir()}) {
-    EXPECT_EQ(outcome_of([&] { return gen_depth_engine_config_flash_file_de(&input.record(), path.c_str()); }),
-              prints_out(0, not_created(path)));
-  }
-  EXPECT_EQ(outcome_of([&] { return gen_depth_engine_config_flash_file_de(&input.record(), nullptr); }),
-            prints_out(0, not_created("(null)")));
-  EXPECT_EQ(bytes_of(engine()), before);
-}
-
-TEST_F(ConfigImage, NullInputIsRefusedAndTheFileLeftAlone) {
-  fill_output(100);
-  const auto before = bytes_of(engine());
-  EXPECT_EQ(outcome_of([&] { return gen_depth_engine_config_flash_file_de(nullptr, out_.c_str()); }), silent(0));
-  EXPECT_EQ(outcome_of([] { return gen_depth_engine_config_flash_file_de(nullptr, nullptr); }), silent(0));
-  EXPECT_EQ(written().size(), 100U);
-  EXPECT_EQ(bytes_of(engine()), before);
-}
-
-#ifdef __linux__
-TEST_F(ConfigImage, FullDiskGoesUnseen) {
-  ConfigInput input;
-  EXPECT_EQ(outcome_of([&] { return gen_depth_engine_config_flash_file_de(&input.record(), "/dev/full"); }),
-            prints_out(1, digest_trace(7)));
-}
-#endif
-
-#ifdef __unix__
-TEST_F(ConfigImage, ShortWriteGoesUnseen) {
-  ConfigInput input;
-  const FileSizeLimit limit(8192);
-  EXPECT_EQ(build(input), prints_out(1, digest_trace(7)));
-  EXPECT_EQ(written().size(), 8192U);
-}
-#endif
 
 }  // namespace
 }  // namespace vq3900::test

@@ -211,6 +211,12 @@ class TempFile {
   std::string path_;
 };
 
+// The same file by a path of just that length: separators may be repeated.
+inline std::string lengthened(std::string path, std::size_t length) {
+  const std::size_t separator = path.find_last_of("/\\");
+  return path.insert(separator, length - path.size(), path[separator]);
+}
+
 // A key, what the complete text makes of it, another value for it, and where it is kept.
 struct KeyCase {
   using Values = std::vector<double>;

@@ -3,12 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 
 #include "accepted_values.h"
 #include "config/de_input.h"
-#include "platform/file.h"
+#include "support/sample_texts.h"
 
 namespace vq3900::test {
 namespace {
@@ -20,24 +19,6 @@ using testing::IsEmpty;
 using tool::check_config;
 using tool::Finding;
 using tool::Severity;
-
-std::string sample(const std::string& name) {
-  const std::optional<std::string> text = read_file((std::string(VQ3900_EXAMPLES) + "/" + name).c_str());
-  EXPECT_TRUE(text) << name;
-  return text.value_or("");
-}
-
-std::string stereo() {
-  return sample("stereo_1280x800.ini");
-}
-
-// The text with the line of one key replaced; a key that is not there fails the test.
-std::string with(const std::string& text, const std::string& key, const std::string& line) {
-  const std::size_t at = text.find("\n" + key + " = ");
-  EXPECT_NE(at, std::string::npos) << key;
-  const std::size_t end = text.find('\n', at + 1);
-  return text.substr(0, at + 1) + line + text.substr(end);
-}
 
 std::uint32_t line_of(const std::string& text, const std::string& start) {
   const std::size_t at = text.find("\n" + start);

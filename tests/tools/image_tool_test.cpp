@@ -15,9 +15,8 @@
 #include "support/capture.h"
 #include "support/config_image_format.h"
 #include "support/config_images.h"
-#include "support/engine_fixture.h"
 #include "support/registers.h"
-#include "tool.h"
+#include "support/tool_runs.h"
 
 namespace vq3900::test {
 namespace {
@@ -29,16 +28,8 @@ using testing::HasSubstr;
 using testing::Not;
 using Arguments = std::vector<std::string>;
 
-class ImageTool : public EngineTest {
+class ImageTool : public ToolTest {
  protected:
-  static Outcome run(Arguments arguments) {
-    arguments.insert(arguments.begin(), "vq3900-tool");
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments)
-      argv.push_back(argument.c_str());
-    return outcome_of([&] { return tool::run_tool(static_cast<int>(argv.size()), argv.data()); });
-  }
-
   // Arguments that build an image from the sample groups and these configurations.
   static Arguments config_arguments(const std::string& output, const Arguments& dpu) {
     Arguments arguments{"image", "config", "-o", output, "--d2c", example("d2c_groups.ini"), "--ir-pre"};
@@ -94,6 +85,9 @@ TEST_F(ImageTool, BadUsageIsOneLineOnStandardErrorAndExitCodeTwo) {
                                                            {"image", "info", "--yaml", "a"},
                                                            {"image", "diff"},
                                                            {"image", "diff", "a"},
+                                                           {"image", "calib"},
+                                                           {"image", "set-baseline"},
+                                                           {"image", "set-fb"},
                                                            {"formats", "x"}}) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     expect_bad_usage(run(arguments));
@@ -104,7 +98,8 @@ TEST_F(ImageTool, BadUsageIsOneLineOnStandardErrorAndExitCodeTwo) {
 TEST_F(ImageTool, HelpNamesTheCommands) {
   const Outcome help = run({"image", "--help"});
   EXPECT_EQ(help.code, 0);
-  for (const char* const command : {"config", "registers", "snapshot", "info", "diff"})
+  for (const char* const command :
+       {"config", "registers", "snapshot", "calib", "set-baseline", "set-fb", "info", "diff"})
     EXPECT_THAT(help.out, HasSubstr(command));
 }
 
@@ -130,6 +125,42 @@ TEST_F(ImageTool, ConfigTakesNoneToEightConfigurations) {
 
 TEST_F(ImageTool, ConfigRefusesANinthConfiguration) {
   expect_bad_usage(run(config_arguments(out_.text(), Arguments(9, mono()))));
+  EXPECT_FALSE(output_exists());
+}
+
+TEST_F(ImageTool, ConfigSaysHowManyConfigurationsAreTooMany) {
+  EXPECT_EQ(run(config_arguments(out_.text(), Arguments(9, mono()))),
+            prints_err(2,
+                       "vq3900-tool: --dpu is given 9 times; an image holds up to 8 configurations; see 'vq3900-tool "
+                       "--help'\n"));
+  EXPECT_FALSE(output_exists());
+}
+
+TEST_F(ImageTool, ConfigTakesOneFileAFlag) {
+  for (const std::size_t flags : {1U, 2U, 8U}) {
+    SCOPED_TRACE(flags);
+    Arguments arguments = config_arguments(out_.text(), Arguments(flags, mono()));
+    arguments.push_back("behind.ini");  // a second value of the last --dpu
+    EXPECT_EQ(run(arguments),
+              prints_err(2,
+                         "vq3900-tool: 'behind.ini' is not expected here; --dpu takes one file and is given once for "
+                         "each; see 'vq3900-tool --help'\n"));
+  }
+  EXPECT_FALSE(output_exists());
+}
+
+TEST_F(ImageTool, ConfigNamesWhatStandsInThePlaceOfAFile) {
+  for (const char* const value : {"--d2c", "-o", ""}) {
+    Arguments arguments = config_arguments(out_.text(), {});
+    arguments.insert(arguments.begin() + 2, {"--dpu", value});
+    EXPECT_EQ(
+        run(arguments),
+        prints_err(
+            2, "vq3900-tool: --dpu: a file is expected, not '" + std::string(value) + "'; see 'vq3900-tool --help'\n"));
+  }
+  Arguments unknown = config_arguments(out_.text(), {mono()});
+  unknown.push_back("--yaml");
+  EXPECT_EQ(run(unknown), prints_err(2, "vq3900-tool: '--yaml' is not expected here; see 'vq3900-tool --help'\n"));
   EXPECT_FALSE(output_exists());
 }
 
@@ -172,18 +203,15 @@ TEST_F(ImageTool, ConfigRefusesMoreGroupsThanTheSectionHolds) {
   const Outcome outcome = run(arguments);
   EXPECT_EQ(outcome.code, 1);
   EXPECT_THAT(outcome.err, HasSubstr("error: convert d2c configs failed \n"));
-  EXPECT_EQ(written(), ImageBytes());
+  EXPECT_FALSE(output_exists());
 }
 
 TEST_F(ImageTool, ConfigTakesGroupPathsOfUpTo256Bytes) {
-  const auto path_of_size = [](std::size_t size) {
-    return "/" + std::string(size - example("d2c_groups.ini").size(), '/') + example("d2c_groups.ini").substr(1);
-  };
   Arguments arguments = config_arguments(out_.text(), {});
   auto d2c = std::find(arguments.begin(), arguments.end(), example("d2c_groups.ini"));
-  *d2c = path_of_size(256);
+  *d2c = lengthened(example("d2c_groups.ini"), 256);
   EXPECT_EQ(run(arguments).code, 0);
-  *d2c = path_of_size(257);
+  *d2c = lengthened(example("d2c_groups.ini"), 257);
   EXPECT_EQ(run(arguments), prints_err(1, complaint(*d2c, "the path is longer than 256 bytes")));
 }
 
@@ -219,6 +247,44 @@ TEST_F(ImageTool, BadConfigurationLeavesTheOutputAlone) {
   }
 }
 
+TEST_F(ImageTool, BadConfigurationIsExplainedByItsFirstErrors) {
+  const TempFile broken("[mode]\nversion = 1\nlaser_type = -1\n");
+  const std::string path = broken.path();
+  for (const char* const command : {"registers", "snapshot"}) {
+    const Outcome outcome = run({"image", command, "-o", out_.text(), path});
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_THAT(outcome.err, HasSubstr(path + ": error: [basic]: the section is missing or empty\n"));
+    EXPECT_THAT(outcome.err, HasSubstr(path + ": and "));
+    EXPECT_THAT(outcome.err, EndsWith(" more errors\n" + complaint(out_.text(), "not built")));
+    EXPECT_FALSE(output_exists());
+  }
+}
+
+TEST_F(ImageTool, OutputThatIsAnInputIsRefusedAndStays) {
+  const std::optional<std::string> groups = read_file(example("d2c_groups.ini").c_str());
+  const std::string refused = complaint(out_.text(), "is one of the inputs; name another output");
+  const auto put = [&](const std::string& text) { std::ofstream(out_.text(), std::ios::binary) << text; };
+  put(*groups);
+  Arguments arguments = config_arguments(out_.text(), {mono()});
+  *std::find(arguments.begin(), arguments.end(), example("d2c_groups.ini")) = out_.text();
+  EXPECT_EQ(run(arguments), prints_err(2, refused));
+  EXPECT_EQ(read_file(out_.c_str()), groups);
+
+  const std::optional<std::string> config = read_file(stereo().c_str());
+  put(*config);
+  for (const char* const command : {"registers", "snapshot"})
+    EXPECT_EQ(run({"image", command, "-o", out_.text(), out_.text()}), prints_err(2, refused));
+  EXPECT_EQ(run(config_arguments(out_.text(), {mono(), out_.text()})), prints_err(2, refused));
+  EXPECT_EQ(read_file(out_.c_str()), config);
+}
+
+TEST_F(ImageTool, FailedBuildLeavesTheOldImageAndNothingBesideIt) {
+  write({'o', 'l', 'd'});
+  EXPECT_EQ(run(config_arguments(out_.text(), {mono(), "/no/such/file"})).code, 1);
+  EXPECT_EQ(written(), (ImageBytes{'o', 'l', 'd'}));
+  EXPECT_FALSE(read_file((out_.text() + ".part").c_str()));
+}
+
 // --- destinations
 
 struct Builder {
@@ -246,7 +312,8 @@ TEST_P(ImageToolBuilder, FullDiskIsNoticed) {
   EXPECT_EQ(outcome.code, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(outcome.err,
-              AllOf(HasSubstr("vq3900-tool: /dev/full: 0 of "), HasSubstr(" bytes are on the disk"),
+              AllOf(HasSubstr("vq3900-tool: /dev/full: 0 of "),
+                    HasSubstr(" bytes are on the disk"),
                     HasSubstr("the disk may be full")));
 }
 #endif
@@ -258,6 +325,8 @@ TEST_P(ImageToolBuilder, ShortWriteIsNoticed) {
   EXPECT_EQ(outcome.code, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_THAT(outcome.err, AllOf(HasSubstr(": 400 of "), HasSubstr("the disk may be full")));
+  EXPECT_FALSE(output_exists());
+  EXPECT_FALSE(read_file((out_.text() + ".part").c_str()));
 }
 #endif
 
@@ -290,7 +359,7 @@ TEST_F(ImageTool, InfoShowsAnImageForPeople) {
   EXPECT_THAT(outcome.out, HasSubstr("\nSection d2c at 8192: 3 items\n"));
   EXPECT_THAT(outcome.out, HasSubstr("0x31303235 (version 1.0.2.5, or "));
   EXPECT_THAT(outcome.out, HasSubstr("0x50001030  mask 1FFFFFF0  value 0BFC0640  win_size 11, min_disparity -4, "));
-  EXPECT_THAT(outcome.out, HasSubstr("\n28 checks, 0 bad\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n33 checks, 0 bad\n"));
 }
 
 TEST_F(ImageTool, InfoFailsOnABadChecksumAndOnABadDigest) {
@@ -359,14 +428,26 @@ TEST_F(ImageTool, DiffNamesSectionItemRegisterAndField) {
   EXPECT_EQ(report.at(1), (json{{"place", "dpu[0].disp_calc[10].win_size"}, {"first", "11"}, {"second", "12"}}));
 }
 
+TEST_F(ImageTool, DiffNamesBytesOutsideEveryField) {
+  ImageBytes image = sample_register_file();
+  const OutputPath other;
+  write(image);
+  image[29] = image[30] = 0x12;
+  std::ofstream(other.text(), std::ios::binary) << std::string(image.begin(), image.end());
+  EXPECT_EQ(run({"image", "diff", out_.text(), other.text()}),
+            prints_out(1, "bytes 29 to 30: ffff -> 1212\n1 difference\n"));
+  const json report = json::parse(run({"image", "diff", "--json", out_.text(), other.text()}).out);
+  EXPECT_EQ(report, (json::array({json{{"place", "bytes 29 to 30"}, {"first", "ffff"}, {"second", "1212"}}})));
+}
+
 TEST_F(ImageTool, DiffFailsOnForeignAndMissingFiles) {
   write(sample_snapshot());
   EXPECT_EQ(run({"image", "diff", out_.text(), "/no/such/file"}),
-            prints_err(1, complaint("/no/such/file", "cannot be opened")));
+            prints_err(2, complaint("/no/such/file", "cannot be opened")));
   EXPECT_EQ(run({"image", "diff", "/no/such/file", out_.text()}),
-            prints_err(1, complaint("/no/such/file", "cannot be opened")));
+            prints_err(2, complaint("/no/such/file", "cannot be opened")));
   const Outcome foreign = run({"image", "diff", stereo(), out_.text(), "--json"});
-  EXPECT_EQ(foreign.code, 1);
+  EXPECT_EQ(foreign.code, 2);
   EXPECT_THAT(foreign.err, HasSubstr("no file of the library\n"));
 }
 
@@ -388,7 +469,7 @@ TEST_F(ImageTool, FormatTablesNameOffsetSizeTypeAndField) {
   EXPECT_THAT(out, HasSubstr("| 60 | 4 | float | `scale` |\n"));
   EXPECT_THAT(out, HasSubstr("| 124 | 32 | 16 x u16 | `box_weight_16` |\n"));
   EXPECT_THAT(out, HasSubstr("| 576 | 4 | u32 | `gpm.count` |\n"));
-  for (const char* const size : {"36", "984", "72", "156", "928", "462"})
+  for (const char* const size : {"36", "984", "72", "156", "928", "462", "60", "964", "328", "84", "280", "52", "6288"})
     EXPECT_THAT(out, HasSubstr(std::string("\n") + size + " bytes.\n"));
 }
 

@@ -56,7 +56,10 @@ struct CreateDistortionLUT::State {
   std::optional<std::array<float, kMostCoefficients>> coefficients;
   double rho = 0;
 
+  // The last grid, as it was sampled: settings that come in later belong to the next one.
   bool generated = false;
+  int grid_sample_bit = 0;
+  vq3900::Pinhole grid_pinhole{};
   vq3900::GridAxis across{};
   vq3900::GridAxis down{};
   vq3900::DisplacementGrid grid;
@@ -119,6 +122,8 @@ int CreateDistortionLUT::Generate() {
   if (!vq3900::sample_displacements(model, *state.pinhole, *state.image, *across, *down, state.grid)) {
     return state.fail(kBadDisplacement);
   }
+  state.grid_sample_bit = state.sample_bit;
+  state.grid_pinhole = *state.pinhole;
   state.across = *across;
   state.down = *down;
   state.generated = true;
@@ -140,11 +145,11 @@ int CreateDistortionLUT::GetDistortionLut(SampledDistoLUT_s* out) {
   if (out == nullptr || !state.generated) return state.fail(kNotGenerated);
   out->x_start = static_cast<std::int16_t>(state.across.start);
   out->y_start = static_cast<std::int16_t>(state.down.start);
-  out->sample_rate_bit = static_cast<std::uint8_t>(state.sample_bit);
-  out->fx = state.pinhole->fx;
-  out->fy = state.pinhole->fy;
-  out->cx = state.pinhole->cx;
-  out->cy = state.pinhole->cy;
+  out->sample_rate_bit = static_cast<std::uint8_t>(state.grid_sample_bit);
+  out->fx = state.grid_pinhole.fx;
+  out->fy = state.grid_pinhole.fy;
+  out->cx = state.grid_pinhole.cx;
+  out->cy = state.grid_pinhole.cy;
   out->dx = state.grid.dx.data();
   out->grid_width = static_cast<std::uint16_t>(state.across.samples);
   out->grid_height = static_cast<std::uint16_t>(state.down.samples);

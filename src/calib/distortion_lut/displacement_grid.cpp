@@ -1,9 +1,11 @@
 #include "calib/distortion_lut/displacement_grid.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <cstddef>
-#include <variant>
+#include <span>
+
+#include "calib/distortion_lut/displacement_row.h"
 
 namespace vq3900 {
 
@@ -13,43 +15,34 @@ namespace {
 bool encodes(double displacement) {
   constexpr double kScale = 16777216.0;  // 2^24
   constexpr double kLimit = 8388608.0;   // 2^23
-  const double rounded = std::round(displacement * kScale);
-  return rounded >= -kLimit && rounded <= kLimit - 1;
-}
-
-template <typename Model>
-Point displacement(const Model& model, const Pinhole& pinhole, double u, double v) {
-  const Point p{(u - pinhole.cx) / pinhole.fx, (v - pinhole.cy) / pinhole.fy};
-  const Point distorted = model.distort(p);
-  return {distorted.x - p.x, distorted.y - p.y};
+  const double scaled = displacement * kScale;
+  return scaled > -kLimit - 0.5 && scaled < kLimit - 0.5;  // halves are rounded away from zero
 }
 
 bool in_range(const Point& d) {
   return encodes(d.x) && encodes(d.y);
 }
 
-template <typename Model>
-bool sample(const Model& model, const Pinhole& pinhole, const ImageSide& image, const GridAxis& across,
-            const GridAxis& down, DisplacementGrid& grid) {
+Point point_of(const Pinhole& pinhole, double u, double v) {
+  return {(u - pinhole.cx) / pinhole.fx, (v - pinhole.cy) / pinhole.fy};
+}
+
+// What a sample outside the range becomes: the displacement of the nearest image position. False: it lies inside, or
+// that is out of range as well.
+bool replace(const DistortionModel& model, const Pinhole& pinhole, const ImageSide& image, double u, double v,
+             Point& d) {
   const double right = image.width - 1;
   const double bottom = image.height - 1;
-  std::size_t at = 0;
-  for (int j = 0; j < down.samples; ++j) {
-    const double v = down.start + j * down.step;
-    for (int i = 0; i < across.samples; ++i, ++at) {
-      const double u = across.start + i * across.step;
-      Point d = displacement(model, pinhole, u, v);
-      if (!in_range(d)) {
-        const bool inside = u >= 0 && u <= right && v >= 0 && v <= bottom;
-        if (inside) return false;
-        d = displacement(model, pinhole, std::clamp(u, 0.0, right), std::clamp(v, 0.0, bottom));
-        if (!in_range(d)) return false;
-      }
-      grid.dx[at] = d.x;
-      grid.dy[at] = d.y;
-    }
-  }
-  return true;
+  const bool inside = u >= 0 && u <= right && v >= 0 && v <= bottom;
+  if (inside) return false;
+  const Point p = point_of(pinhole, std::clamp(u, 0.0, right), std::clamp(v, 0.0, bottom));
+  const Point distorted = distort(model, p);
+  d = {distorted.x - p.x, distorted.y - p.y};
+  return in_range(d);
+}
+
+double position(const GridAxis& axis, int sample) {
+  return axis.start + sample * axis.step;
 }
 
 }  // namespace
@@ -57,9 +50,27 @@ bool sample(const Model& model, const Pinhole& pinhole, const ImageSide& image, 
 bool sample_displacements(const DistortionModel& model, const Pinhole& pinhole, const ImageSide& image,
                           const GridAxis& across, const GridAxis& down, DisplacementGrid& grid) {
   const auto count = static_cast<std::size_t>(across.samples) * static_cast<std::size_t>(down.samples);
-  grid.dx.assign(count, 0);
-  grid.dy.assign(count, 0);
-  return std::visit([&](const auto& m) { return sample(m, pinhole, image, across, down, grid); }, model);
+  grid.dx.resize(count);
+  grid.dy.resize(count);
+  std::array<double, kMostSamples> columns;
+  for (int i = 0; i < across.samples; ++i)
+    columns[static_cast<std::size_t>(i)] = point_of(pinhole, position(across, i), 0).x;
+  const auto x = std::span(columns).first(static_cast<std::size_t>(across.samples));
+
+  double* dx = grid.dx.data();
+  double* dy = grid.dy.data();
+  for (int j = 0; j < down.samples; ++j, dx += across.samples, dy += across.samples) {
+    const double v = position(down, j);
+    if (sample_row(model, x, point_of(pinhole, 0, v).y, dx, dy)) continue;
+    for (int i = 0; i < across.samples; ++i) {
+      Point d{dx[i], dy[i]};
+      if (in_range(d)) continue;
+      if (!replace(model, pinhole, image, position(across, i), v, d)) return false;
+      dx[i] = d.x;
+      dy[i] = d.y;
+    }
+  }
+  return true;
 }
 
 }  // namespace vq3900

@@ -1,0 +1,37 @@
+# What `cpack` makes of the package preset: two Debian packages, the library and what developers need (with the tool),
+# and an archive with everything.
+set(CPACK_GENERATOR "DEB;TGZ")
+set(CPACK_PACKAGE_NAME vq3900-depth-engine)
+set(CPACK_PACKAGE_VENDOR "vq3900_depth_engine maintainers")
+set(CPACK_PACKAGE_CONTACT "vq3900_depth_engine maintainers <maintainers@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_SOURCE_GENERATOR "")
+
+# The archive: one, unpacked anywhere.
+set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
+
+# The Debian packages: the tool goes with what developers need, so that libraries of two major versions can be installed
+# side by side.
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "libvq3900-depth-engine${PROJECT_VERSION_MAJOR}")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvq3900-depth-engine-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${CPACK_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: header, build files and vq3900-tool")
+
+set(CPACK_COMPONENTS_ALL runtime development)
+include(CPack)

@@ -1,0 +1,48 @@
+# Every command and option that the tool's own help names stands on its manual page, and no others do.
+# Run with -DTOOL=... -DMAN_PAGE=...
+cmake_minimum_required(VERSION 3.25)
+
+file(READ "${MAN_PAGE}" page)
+string(REPLACE "\\-" "-" page "${page}")
+string(REGEX REPLACE "\\\\f[A-Z]" "" page "${page}")
+
+set(options_of_help "")
+set(commands_of_help "")
+
+# Walks the help of a command and of all below it.
+function(read_help)
+  execute_process(COMMAND ${TOOL} ${ARGN} --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
+  string(REPLACE "\r" "" help "${help}")
+  string(REGEX MATCHALL "--[a-z][a-z0-9-]*" options "${help}")
+  list(APPEND options_of_help ${options})
+  set(commands "")
+  if(help MATCHES "\nSubcommands:\n(.*)")
+    string(REGEX MATCHALL "(^|\n)  [a-z][a-z0-9-]*" commands "${CMAKE_MATCH_1}")
+  endif()
+  foreach(command ${commands})
+    string(STRIP "${command}" command)
+    list(APPEND commands_of_help "${ARGN} ${command}")
+    read_help(${ARGN} ${command})
+  endforeach()
+  set(options_of_help ${options_of_help} PARENT_SCOPE)
+  set(commands_of_help ${commands_of_help} PARENT_SCOPE)
+endfunction()
+read_help()
+
+foreach(command ${commands_of_help})
+  string(STRIP "${command}" command)
+  if(NOT page MATCHES "\n\\.(B|BR) \"?${command}[ \n]")
+    message(SEND_ERROR "${MAN_PAGE} does not describe the command ${command}")
+  endif()
+endforeach()
+
+string(REGEX MATCHALL "--[a-z][a-z0-9-]*" options_of_page "${page}")
+list(REMOVE_DUPLICATES options_of_page)
+list(REMOVE_DUPLICATES options_of_help)
+set(missing ${options_of_help})
+list(REMOVE_ITEM missing ${options_of_page})
+set(extra ${options_of_page})
+list(REMOVE_ITEM extra ${options_of_help})
+if(missing OR extra)
+  message(SEND_ERROR "${MAN_PAGE}: options that are missing: ${missing}; that the tool does not know: ${extra}")
+endif()
