@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "calib/distortion_lut/lut_grid.h"
+#include "modules/lut_encoding.h"
 #include "modules/rectify_lut.h"
 #include "support/growth.h"
 
@@ -20,9 +22,15 @@ constexpr std::uint32_t kBlock = 0x52000000;
 struct Grids {
   Grids(std::int64_t across, std::int64_t down)
       : width(static_cast<std::uint32_t>(across)), height(static_cast<std::uint32_t>(down)), dx(samples()), dy(dx) {
-    for (std::size_t i = 0; i < samples(); ++i) {
-      dx[i] = 0.1 * std::sin(0.37 * static_cast<double>(i));
-      dy[i] = 0.1 * std::cos(0.11 * static_cast<double>(i));
+    // A barrel distortion, as smooth as what is converted.
+    std::size_t at = 0;
+    for (std::int64_t row = 0; row < down; ++row) {
+      const double y = static_cast<double>(row) / static_cast<double>(down) - 0.52;
+      for (std::int64_t column = 0; column < across; ++column, ++at) {
+        const double x = static_cast<double>(column) / static_cast<double>(across) - 0.49;
+        dx[at] = -0.28 * x * (x * x + y * y);
+        dy[at] = -0.28 * y * (x * x + y * y);
+      }
     }
   }
   explicit Grids(const benchmark::State& state) : Grids(state.range(0), state.range(1)) {}
@@ -60,6 +68,21 @@ void run(benchmark::State& state, Grids grids, int cameras) {
 
 void convert(benchmark::State& state) {
   run(state, Grids{state}, 1);
+}
+
+// One path by itself, without tables and checks around it.
+void convert_by_path(benchmark::State& state, vq3900::EncodeTilesFunction* encode) {
+  const Grids grids{state};
+  std::vector<std::uint32_t> words(grids.samples());
+  const std::size_t tiles = grids.width / kTile;
+  for (auto _ : state) {
+    for (const std::vector<double>* const grid : {&grids.dx, &grids.dy}) {
+      for (std::size_t at = 0; at < grids.samples(); at += kTile * grids.width) {
+        if (encode(&(*grid)[at], grids.width, tiles, &words[at]) != tiles) state.SkipWithError("overflow");
+      }
+      benchmark::ClobberMemory();
+    }
+  }
 }
 
 // --- peers
@@ -138,6 +161,15 @@ void convert_image(benchmark::State& state) {
 void sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Args({164, 104})->Args({640, 400});
 }
+
+[[maybe_unused]] const bool registered = [] {
+  for (const auto& path : vq3900::encode_tiles_paths()) {
+    if (!path.supported()) continue;
+    const std::string name = std::string{"lut_conversion/"} + path.name;
+    sizes(benchmark::RegisterBenchmark(name.c_str(), convert_by_path, path.run));
+  }
+  return true;
+}();
 
 BENCHMARK(convert)->Name("lut_conversion/ours")->Apply(sizes);
 BENCHMARK(convert_by_plain_loop)->Name("lut_conversion/plain_loop")->Apply(sizes);

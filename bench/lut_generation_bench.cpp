@@ -3,10 +3,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <opencv2/calib3d.hpp>
+#include <string>
+#include <vector>
 
+#include "calib/distortion_lut/displacement_row.h"
+#include "calib/distortion_model.h"
 #include "support/growth.h"
 #include "support/rig.h"
 
@@ -54,6 +60,40 @@ void equidistant(benchmark::State& state) {
   configure(model, kFisheye, kWidth, kHeight, kSampleBits);
   run(state, model);
 }
+
+// One path by itself: it checks its samples, and nothing is done about those that do not fit.
+void sample_by_path(benchmark::State& state, vq3900::SampleRowFunction* sample, std::int32_t number,
+                    std::array<float, 8> coefficients) {
+  const vq3900::DistortionModel model = vq3900::make_distortion_model(number, coefficients, 0);
+  std::vector<double> x(static_cast<std::size_t>(kGrid.width));
+  for (std::size_t i = 0; i < x.size(); ++i)
+    x[i] = (static_cast<double>(i << kSampleBits) - static_cast<double>(kCx)) / static_cast<double>(kFocal);
+  std::vector<double> dx(x.size() * static_cast<std::size_t>(kGrid.height));
+  std::vector<double> dy(dx.size());
+  for (auto _ : state) {
+    for (std::size_t row = 0; row < static_cast<std::size_t>(kGrid.height); ++row) {
+      const double y =
+          (static_cast<double>(row << kSampleBits) - static_cast<double>(kCy)) / static_cast<double>(kFocal);
+      benchmark::DoNotOptimize(sample(model, x, y, &dx[row * x.size()], &dy[row * x.size()]));
+    }
+    benchmark::ClobberMemory();
+  }
+}
+
+[[maybe_unused]] const bool registered = [] {
+  for (const auto& path : vq3900::sample_row_paths()) {
+    if (!path.supported()) continue;
+    const auto add = [&path](const char* model, std::int32_t number, const auto& coefficients) {
+      std::array<float, 8> all{};
+      std::copy(coefficients.begin(), coefficients.end(), all.begin());
+      const std::string name = std::string{"lut_generation/"} + model + "/" + path.name;
+      benchmark::RegisterBenchmark(name.c_str(), sample_by_path, path.run, number, all);
+    };
+    add("brown", vq3900::kBrownNumber, kDistortion);
+    add("equidistant", vq3900::kEquidistantNumber, kFisheye);
+  }
+  return true;
+}();
 
 // How the time grows with image and step.
 void brown_growth(benchmark::State& state) {

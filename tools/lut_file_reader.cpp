@@ -32,11 +32,11 @@ struct Grid {
   std::uint64_t sections() const { return section_size() == 0 ? 0 : words_size() / section_size(); }
 };
 
-// The grids one behind the other, up to the first place that holds none.
+// The grids one behind the other, up to the first place that holds none. One more than there may be is enough.
 std::vector<Grid> find_grids(Bytes file) {
   std::vector<Grid> grids;
   std::size_t at = kLutDataSection.offset + kShortHeaderSize;
-  while (file.size() >= at + kLutDataHeaderSize) {
+  while (file.size() >= at + kLutDataHeaderSize && grids.size() <= kMostLutData) {
     Grid grid{at, {}};
     vq3900::read_record(lut_data_layout(), file.subspan(at), grid.header);
     const std::uint64_t size = std::uint64_t{grid.header.size} + kLutDataUncounted;

@@ -65,15 +65,33 @@ def configuration_rows():
                       [f"{direction}/{block}/copies"])
 
 
-def lut_rows():
+# Goals of each path against the plain loop and against copying.
+CONVERSION_PATHS = {"portable": (None, None), "sse2": (0.1, None), "avx2": (0.1, 2.0), "ours": (0.1, None)}
+# Goals of each path against OpenCV: Brown's model, the equidistant one.
+GENERATION_PATHS = {"portable": (0.7, 0.6), "avx2": (0.4, 0.6), "ours": (0.7, 0.6)}
+
+
+def as_called(path):
+    return "as called" if path == "ours" else path
+
+
+def conversion_rows():
     for size, name in GRIDS.items():
-        limit = [f"lut_conversion/bytes_moved/{size}"]
-        ours = [f"lut_conversion/ours/{size}"]
-        yield Row(f"LUT conversion, {name}", ours, "plain loop", [f"lut_conversion/plain_loop/{size}"], 0.1, limit)
-        yield Row(f"LUT conversion, {name}", ours, "memcpy", [f"lut_conversion/memcpy/{size}"], 2.0, limit)
-    for model, goal in {"brown": 0.7, "equidistant": 0.6}.items():
-        yield Row(f"LUT generation, {model}, 164x104", [f"lut_generation/{model}/ours"], "opencv",
-                  [f"lut_generation/{model}/opencv"], goal)
+        for path, goals in CONVERSION_PATHS.items():
+            for peer, goal in zip(("plain_loop", "memcpy"), goals):
+                if peer == "plain_loop" or goal:
+                    yield Row(f"LUT conversion, {as_called(path)}, {name}", [f"lut_conversion/{path}/{size}"], peer,
+                              [f"lut_conversion/{peer}/{size}"], goal, [f"lut_conversion/bytes_moved/{size}"])
+
+
+def generation_rows():
+    for path, goals in GENERATION_PATHS.items():
+        for model, goal in zip(("brown", "equidistant"), goals):
+            yield Row(f"LUT generation, {model}, {as_called(path)}, 164x104", [f"lut_generation/{model}/{path}"],
+                      "opencv", [f"lut_generation/{model}/opencv"], goal)
+
+
+def rectification_rows():
     yield Row("stereo rectification", ["rectification/ours"], "opencv, with regions", ["rectification/opencv"], 0.1)
 
 
@@ -92,5 +110,6 @@ def process_rows():
 
 
 def rows():
-    for group in (crc32_rows, md5_rows, configuration_rows, lut_rows, image_rows, process_rows):
+    for group in (crc32_rows, md5_rows, configuration_rows, conversion_rows, generation_rows,
+                  rectification_rows, image_rows, process_rows):
         yield from group()

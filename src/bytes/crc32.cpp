@@ -61,7 +61,7 @@ inline std::uint32_t take_word(std::uint32_t remainder, const std::uint8_t* data
 
 template <std::size_t... Lane>
 std::uint32_t take_blocks(std::uint32_t remainder, const std::uint8_t* data, std::size_t count,
-                          std::index_sequence<Lane...>) {
+                          std::index_sequence<Lane...> /*lanes*/) {
   std::array<std::uint32_t, kLanes> lanes{remainder};
   for (; count > 1; --count, data += kBlock)
     ((lanes[Lane] = take_word(lanes[Lane], data + Lane * kWord, kToNextBlock)), ...);

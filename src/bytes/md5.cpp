@@ -74,7 +74,8 @@ inline void stir_four(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c, std:
 }
 
 template <std::size_t... Fours>
-void take_blocks(Md5Chain& chain, const std::uint8_t* blocks, std::size_t count, std::index_sequence<Fours...>) {
+void take_blocks(Md5Chain& chain, const std::uint8_t* blocks, std::size_t count,
+                 std::index_sequence<Fours...> /*fours*/) {
   auto [a, b, c, d] = chain;
   for (; count > 0; --count, blocks += kMd5Block) {
     const std::uint32_t before_a = a, before_b = b, before_c = c, before_d = d;

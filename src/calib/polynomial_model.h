@@ -32,7 +32,7 @@ class PolynomialModel {
   Point distort(Point p) const { return distort_with(radial_factor(squared_radius(p)), p); }
 
   // The same with the point's radial factor, for those that take many points in two steps.
-  Point distort_with(double factor, Point p) const { return {p.x * factor, p.y * factor}; }
+  static Point distort_with(double factor, Point p) { return {p.x * factor, p.y * factor}; }
 
   std::optional<Point> undistort(Point distorted) const;
 

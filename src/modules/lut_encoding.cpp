@@ -4,7 +4,7 @@
 // one it stays below; 0.5 itself would take 0.5 - 2^-54 up to 1.
 //
 // encode_fixed takes every rounded number from -2^24 to 2^24 - 1, whatever the sign means to the device. Of these and no
-// others the sum with 2^24 has no bit above 25, and the field is the low 24 bits.
+// others the sum with 2^24 fits 25 bits, and the field is the low 24.
 #include "modules/lut_encoding.h"
 
 #include <algorithm>
@@ -64,7 +64,7 @@ bool encode_tiles(const double* grid, LutGridSize size, const char* name, std::u
 std::size_t encode_tiles_portable(const double* rows, std::size_t stride, std::size_t tiles, std::uint32_t* words) {
   constexpr double kLimit = 2 * kLutScale;  // for the conversion to an integer; NaN is not below it either
   for (std::size_t tile = 0; tile < tiles; ++tile, rows += kLutTile, words += kLutTileWords) {
-    std::array<std::uint32_t, kLutTileWords> rounded;
+    std::array<std::uint32_t, kLutTileWords> rounded{};
     std::uint32_t reached = 0;
     for (std::size_t i = 0; i < kLutTileWords; ++i) {
       const double scaled = rows[i / kLutTile * stride + i % kLutTile] * kLutScale;

@@ -30,19 +30,19 @@ inline bool always_supported() {
 #if defined(VQ3900_X86_64)
 // Carry-less multiplication of 128-bit registers.
 inline bool cpu_has_clmul() {
-  return __builtin_cpu_supports("pclmul") != 0 && __builtin_cpu_supports("avx") != 0;
+  return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("avx");
 }
 #endif
 
 #if defined(VQ3900_X86_64_WIDE)
 // The same of 512-bit registers.
 inline bool cpu_has_clmul512() {
-  return cpu_has_clmul() && __builtin_cpu_supports("vpclmulqdq") != 0 && __builtin_cpu_supports("avx512f") != 0 &&
-         __builtin_cpu_supports("avx512bw") != 0;
+  return cpu_has_clmul() && __builtin_cpu_supports("vpclmulqdq") && __builtin_cpu_supports("avx512f") &&
+         __builtin_cpu_supports("avx512bw");
 }
 
 inline bool cpu_has_avx2() {
-  return __builtin_cpu_supports("avx2") != 0;
+  return __builtin_cpu_supports("avx2");
 }
 #endif
 

@@ -63,7 +63,7 @@ TEST_P(SampleRow, HasTheBitsOfTheModelPointByPoint) {
     const std::int32_t number = kNumbers[round % 3];
     SCOPED_TRACE("seed " + std::to_string(kSeed) + ", round " + std::to_string(round));
     const DistortionModel model = model_of(any_model(number, random));
-    const std::size_t count = random.word() % 40 * 4;
+    const std::size_t count = std::size_t{random.word() % 40} * 4;
     const double reach = number_between(random, 0, 3);
     const double y = random.word() % 8 == 0 ? 0 : number_between(random, -reach, reach);
     std::vector<double> x(count);

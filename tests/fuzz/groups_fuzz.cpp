@@ -18,9 +18,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ir_pre_cfg_item* ir_pre_items = nullptr;
   int count = 0;
   unsigned int version = 0;
-  de_get_d2c_config(&d2c_items, &count, &version);
+  de_get_d2c_config(d2c_items, count, version);
   fuzz::require(count >= 0 && count <= 100);
-  de_get_ir_pre_config(&ir_pre_items, &count, &version);
+  de_get_ir_pre_config(ir_pre_items, count, version);
   fuzz::require(count >= 0 && count <= 10);
   return 0;
 }

@@ -25,7 +25,7 @@ constexpr double kDoubleInfinity = std::numeric_limits<double>::infinity();
 constexpr double kSmallest = std::numeric_limits<double>::denorm_min();
 constexpr double kLargest = std::numeric_limits<double>::max();
 
-void ignore(const FixedOverflow&) {}
+void ignore(const FixedOverflow& /*overflow*/) {}
 
 // The encoder of single fields, which is the rule.
 std::uint32_t encoded_alone(double value) {
@@ -225,7 +225,7 @@ TEST(LutEncoding, WholeGridsHaveTheWordsTheOverflowAndItsMessageOfSingleEncoding
   Random random(kSeed);
   for (int round = 0; round < 300; ++round) {
     SCOPED_TRACE("seed " + std::to_string(kSeed) + ", round " + std::to_string(round));
-    const LutGridSize size{random.word() % 10 * 4, random.word() % 6 * 4};
+    const LutGridSize size{std::size_t{random.word() % 10} * 4, std::size_t{random.word() % 6} * 4};
     std::vector<double> grid(size.width * size.height);
     for (double& value : grid)
       value = static_cast<double>(random.between(-0.5F, 0.5F));

@@ -70,7 +70,8 @@ class FlashInput {
 };
 
 void hand_over_surroundings(const CalibImageParts& parts) {
-  set_sn(&parts.serial_number[0], &parts.serial_number[1], &parts.serial_number[2]);
+  const auto& [word0, word1, word2] = parts.serial_number;
+  set_sn(&word0, &word1, &word2);
   set_calib_temp(parts.temperatures.left, parts.temperatures.right, parts.temperatures.ldm);
   de_set_alignment_records(parts.alignment.data(), static_cast<std::int32_t>(parts.alignment.size()));
 }

@@ -51,12 +51,11 @@ std::vector<std::string> input_files(const CalibImageInput& input) {
 
 // Entries that name no file would be taken for INI texts.
 bool are_readable(const std::vector<std::string>& configs) {
-  for (const std::string& config : configs) {
-    if (is_readable(config.c_str())) continue;
-    fmt::print(stderr, "vq3900-tool: {}: cannot be opened\n", config);
-    return false;
-  }
-  return true;
+  const auto missing = std::find_if_not(
+      configs.begin(), configs.end(), [](const std::string& config) { return is_readable(config.c_str()); });
+  if (missing == configs.end()) return true;
+  fmt::print(stderr, "vq3900-tool: {}: cannot be opened\n", *missing);
+  return false;
 }
 
 // The records of an alignment file; nothing, which is said, when it is none.

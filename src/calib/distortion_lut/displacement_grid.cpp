@@ -27,18 +27,14 @@ Point point_of(const Pinhole& pinhole, double u, double v) {
   return {(u - pinhole.cx) / pinhole.fx, (v - pinhole.cy) / pinhole.fy};
 }
 
-// What a sample outside the range becomes: the displacement of the nearest image position. False: it lies inside, or
-// that is out of range as well.
-bool replace(const DistortionModel& model, const Pinhole& pinhole, const ImageSide& image, double u, double v,
-             Point& d) {
+// The displacement of the nearest image position: of the sample itself where it lies inside.
+Point nearest_displacement(const DistortionModel& model, const Pinhole& pinhole, const ImageSide& image, double u,
+                           double v) {
   const double right = image.width - 1;
   const double bottom = image.height - 1;
-  const bool inside = u >= 0 && u <= right && v >= 0 && v <= bottom;
-  if (inside) return false;
   const Point p = point_of(pinhole, std::clamp(u, 0.0, right), std::clamp(v, 0.0, bottom));
   const Point distorted = distort(model, p);
-  d = {distorted.x - p.x, distorted.y - p.y};
-  return in_range(d);
+  return {distorted.x - p.x, distorted.y - p.y};
 }
 
 double position(const GridAxis& axis, int sample) {
@@ -52,7 +48,7 @@ bool sample_displacements(const DistortionModel& model, const Pinhole& pinhole, 
   const auto count = static_cast<std::size_t>(across.samples) * static_cast<std::size_t>(down.samples);
   grid.dx.resize(count);
   grid.dy.resize(count);
-  std::array<double, kMostSamples> columns;
+  std::array<double, kMostSamples> columns{};
   for (int i = 0; i < across.samples; ++i)
     columns[static_cast<std::size_t>(i)] = point_of(pinhole, position(across, i), 0).x;
   const auto x = std::span(columns).first(static_cast<std::size_t>(across.samples));
@@ -63,9 +59,9 @@ bool sample_displacements(const DistortionModel& model, const Pinhole& pinhole, 
     const double v = position(down, j);
     if (sample_row(model, x, point_of(pinhole, 0, v).y, dx, dy)) continue;
     for (int i = 0; i < across.samples; ++i) {
-      Point d{dx[i], dy[i]};
-      if (in_range(d)) continue;
-      if (!replace(model, pinhole, image, position(across, i), v, d)) return false;
+      if (in_range({dx[i], dy[i]})) continue;
+      const Point d = nearest_displacement(model, pinhole, image, position(across, i), v);
+      if (!in_range(d)) return false;
       dx[i] = d.x;
       dy[i] = d.y;
     }

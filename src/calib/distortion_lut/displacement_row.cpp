@@ -28,12 +28,12 @@ VQ3900_INLINE bool sample_row_of(Model model, std::span<const double> columns, d
                                  double* __restrict dy) {
   const std::size_t count = columns.size() / 4 * 4;  // whole vectors, as the compiler sees
   const double* const x = columns.data();
-  std::array<double, kMostSamples> factors;
+  std::array<double, kMostSamples> factors;  // NOLINT(cppcoreguidelines-pro-type-member-init): a row is short
   for (std::size_t i = 0; i < count; ++i)
     factors[i] = model.radial_factor(squared_radius({x[i], y}));
 
   constexpr double kEncodes = 0.5 - 1.0 / 16777216;  // 2^23 - 1 steps of 2^-24; half a step more would do as well
-  const std::int64_t limit = std::bit_cast<std::int64_t>(kEncodes);
+  const auto limit = std::bit_cast<std::int64_t>(kEncodes);
   std::int64_t room = 0;  // negative when a magnitude is above the limit
   for (std::size_t i = 0; i < count; ++i) {
     const Point distorted = model.distort_with(factors[i], {x[i], y});
