@@ -30,8 +30,8 @@ AcceptedValues accepted_values(const KeyDescription& key, std::size_t index = 0)
 // The register field that takes a key's value as it is, of a list one element's.
 struct KeyField {
   FieldBits bits;
-  std::uint32_t address;
-  double resolution;  // half a step of the field, or 0 for integers
+  std::uint32_t address = 0;
+  double resolution = 0;  // half a step of the field, or 0 for integers
 };
 std::optional<KeyField> register_field_of(const KeyDescription& key, std::size_t index = 0);
 

@@ -7,6 +7,7 @@
 
 #include "vq3900_depth_engine.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -205,12 +206,12 @@ consteval bool well_formed(const std::array<Field<Record>, Count>& fields, const
 // Whether two sets of rows of one table write different bits.
 template <typename RecordA, std::size_t CountA, typename RecordB, std::size_t CountB>
 consteval bool disjoint(const std::array<Field<RecordA>, CountA>& a, const std::array<Field<RecordB>, CountB>& b) {
-  for (const FieldBits& x : a) {
-    for (const FieldBits& y : b) {
-      if (x.written() && y.written() && x.element == y.element && (x.mask & y.mask) != 0) return false;
-    }
-  }
-  return true;
+  const auto overlap = [](const FieldBits& x, const FieldBits& y) {
+    return x.written() && y.written() && x.element == y.element && (x.mask & y.mask) != 0;
+  };
+  return std::none_of(a.begin(), a.end(), [&](const FieldBits& x) {
+    return std::any_of(b.begin(), b.end(), [&](const FieldBits& y) { return overlap(x, y); });
+  });
 }
 
 }  // namespace vq3900
