@@ -14,6 +14,7 @@
 #include "calib/distortion_lut/displacement_row.h"
 #include "calib/distortion_model.h"
 #include "support/growth.h"
+#include "support/opencv_camera.h"
 #include "support/rig.h"
 
 namespace {
@@ -133,8 +134,7 @@ void run_opencv(benchmark::State& state, Map map) {
 }
 
 void brown_by_opencv(benchmark::State& state) {
-  const auto& [k1, k2, k3, k4, k5, k6, p1, p2] = kDistortion;
-  const cv::Vec<double, 8> coefficients{k1, k2, p1, p2, k3, k4, k5, k6};
+  const cv::Vec<double, 8> coefficients = vq3900::bench::opencv_coefficients(kDistortion.data());
   run_opencv(state, [&](cv::Mat& x, cv::Mat& y) {
     cv::initUndistortRectifyMap(
         camera_matrix(1), coefficients, cv::noArray(), camera_matrix(1 << kSampleBits), kGrid, CV_32FC1, x, y);
@@ -142,7 +142,7 @@ void brown_by_opencv(benchmark::State& state) {
 }
 
 void equidistant_by_opencv(benchmark::State& state) {
-  const cv::Vec4d coefficients{kFisheye[0], kFisheye[1], kFisheye[2], kFisheye[3]};
+  const cv::Vec4d coefficients = cv::Vec4f{kFisheye.data()};
   run_opencv(state, [&](cv::Mat& x, cv::Mat& y) {
     cv::fisheye::initUndistortRectifyMap(
         camera_matrix(1), coefficients, cv::Matx33d::eye(), camera_matrix(1 << kSampleBits), kGrid, CV_32FC1, x, y);

@@ -5,6 +5,7 @@
 
 #include "calib/calib_record.h"
 #include "calib/stereo_derivation.h"
+#include "support/opencv_camera.h"
 #include "support/rig.h"
 
 namespace {
@@ -32,11 +33,8 @@ void derive(benchmark::State& state) {
 
 struct OpencvCamera {
   explicit OpencvCamera(const DeCalibCamera_S& camera)
-      : matrix(static_cast<double>(camera.fx), 0, static_cast<double>(camera.cx), 0, static_cast<double>(camera.fy),
-               static_cast<double>(camera.cy), 0, 0, 1) {
-    const float* const d = camera.distortion;
-    coefficients = {d[0], d[1], d[6], d[7], d[2], d[3], d[4], d[5]};
-  }
+      : matrix(cv::Matx33f{camera.fx, 0, camera.cx, 0, camera.fy, camera.cy, 0, 0, 1}),
+        coefficients(vq3900::bench::opencv_coefficients(camera.distortion)) {}
 
   cv::Matx33d matrix;
   cv::Vec<double, 8> coefficients;

@@ -97,7 +97,8 @@ def growth_charts(times):
             if parts[:2] != ["growth", subject]:
                 continue
             width, height, bits = parts[2:]
-            lines.setdefault(f"{width} x {height}", []).append((int(bits), ns))
+            lines.setdefault((int(width), int(height)), []).append((int(bits), ns))
+        lines = {f"{width} x {height}": lines[width, height] for width, height in sorted(lines)}
         yield f"growth_{subject}.svg", Chart(title, "sample bits", lines, True)
     prefix = "growth/configurations/"
     line = [(int(name.removeprefix(prefix)), ns) for name, ns in times.items() if name.startswith(prefix)]

@@ -53,11 +53,22 @@ def compared(times):
         yield line(row.operation, ours, row.peer, peers * row.times, row.goal, limit=limit or None)
 
 
+def readelf(option, library):
+    return subprocess.run(["readelf", option, library], capture_output=True, text=True, check=True).stdout
+
+
 def own_constructors(library):
-    """Entries of .init_array but for the one of the compiler's start files."""
-    sections = subprocess.run(["readelf", "-SW", library], capture_output=True, text=True, check=True).stdout
-    found = re.search(r"\.init_array\s+\S+\s+\S+\s+\S+\s+([0-9a-f]+)", sections)
-    return max(int(found[1], 16) // 8 - 1, 0) if found else 0
+    """The entries of .init_array but for those that the compiler's own files bring: start files, processor check."""
+    section = re.search(r"\.init_array\s+\S+\s+([0-9a-f]+)\s+\S+\s+([0-9a-f]+)", readelf("-SW", library))
+    if not section:
+        return []
+    start, size = int(section[1], 16), int(section[2], 16)
+    symbols = re.findall(r":\s+([0-9a-f]+)\s+\d+\s+FUNC.*\s(\S+)$", readelf("-sW", library), re.MULTILINE)
+    names = {int(address, 16): name for address, name in symbols}
+    entries = re.findall(r"^([0-9a-f]+)\s+\S+\s+R_\S+_RELATIVE\s+([0-9a-f]+)$", readelf("-rW", library), re.MULTILINE)
+    functions = [int(function, 16) for at, function in entries if start <= int(at, 16) < start + size]
+    constructors = [names.get(function, hex(function)) for function in functions]
+    return [name for name in constructors if name not in ("frame_dummy", "__cpu_indicator_init")]
 
 
 def checked(entries, library):
@@ -69,7 +80,7 @@ def checked(entries, library):
             yield line(operation, entry["bytes"], "buffers it must hold", entry["needed"], 1.5, "bytes")
     allocations = sum(entry.get("allocations", 0) for entry in entries.values())
     yield line("allocations in the entry points and set_depth_engine_config", allocations, "none", 0, 0, "count")
-    yield line("static constructors of the shared library", own_constructors(library), "none", 0, 0, "count")
+    yield line("static constructors of the shared library", len(own_constructors(library)), "none", 0, 0, "count")
 
 
 def amount(value, unit):

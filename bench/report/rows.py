@@ -19,6 +19,20 @@ class Row:
     times: int = 1  # of the peer
 
 
+NAMES = {
+    "zlib": "zlib",
+    "libdeflate": "libdeflate",
+    "isal": "ISA-L",
+    "openssl": "OpenSSL",
+    "openssl_evp": "OpenSSL, EVP",
+    "nettle": "nettle",
+    "inih": "inih",
+    "simpleini": "SimpleIni",
+    "property_tree": "Boost.PropertyTree",
+    "plain_loop": "plain loop",
+    "memcpy": "memcpy",
+    "opencv": "OpenCV"
+}
 CRC32_SIZES = {928: "928 B", 20480: "20 KiB", 716800: "700 KiB"}
 MD5_SIZES = {12: "12 B", 16: "16 B", 36: "36 B", 1048576: "1 MiB"}
 MD5_CYCLES_A_BLOCK = 288
@@ -34,10 +48,10 @@ CRC32_PATHS = {"portable": ("zlib", None), "clmul": ("libdeflate", 16), "clmul51
 def crc32_rows():
     for size, name in CRC32_SIZES.items():
         for path, (peer, cycles) in CRC32_PATHS.items():
-            yield Row(f"CRC-32, {path}, {name}", [f"crc32/{path}/{size}"], peer, [f"crc32/{peer}/{size}"], 1.0,
+            yield Row(f"CRC-32, {path}, {name}", [f"crc32/{path}/{size}"], NAMES[peer], [f"crc32/{peer}/{size}"], 1.0,
                       limit_cycles=cycles and size / 64 * cycles)
         for peer in ("zlib", "libdeflate", "isal"):
-            yield Row(f"CRC-32, as called, {name}", [f"crc32/ours/{size}"], peer, [f"crc32/{peer}/{size}"])
+            yield Row(f"CRC-32, as called, {name}", [f"crc32/ours/{size}"], NAMES[peer], [f"crc32/{peer}/{size}"])
 
 
 def md5_rows():
@@ -46,7 +60,7 @@ def md5_rows():
         goals = {"openssl": 1.0 if blocks == 1 else 1 / 0.98}
         for peer in ("openssl", "openssl_evp", "nettle"):
             yield Row(
-                f"MD5, {name}", [f"md5/ours/{size}"], peer, [f"md5/{peer}/{size}"], goals.get(peer),
+                f"MD5, {name}", [f"md5/ours/{size}"], NAMES[peer], [f"md5/{peer}/{size}"], goals.get(peer),
                 limit_cycles=MD5_CYCLES_A_BLOCK * blocks)
     for to, name in {"null": "/dev/null", "pipe": "a pipe"}.items():
         yield Row(f"MD5 with its trace to {name}", [f"md5_trace/ours/{to}"], "its text by stdio",
@@ -56,7 +70,7 @@ def md5_rows():
 def configuration_rows():
     for size, name in INI_SIZES.items():
         for peer, goal in {"inih": 0.4, "simpleini": None, "property_tree": None}.items():
-            yield Row(f"INI text, {name}", [f"ini/ours/{size}"], peer, [f"ini/{peer}/{size}"], goal)
+            yield Row(f"INI text, {name}", [f"ini/ours/{size}"], NAMES[peer], [f"ini/{peer}/{size}"], goal)
     yield Row("load_de_input_configs", ["load/ours"], "inih, converted", ["load/inih"], 0.6)
     yield Row("set_depth_engine_config", ["apply/ours"], "copies of all tables", ["apply/copies"])
     for direction in ("set", "get"):
@@ -80,19 +94,20 @@ def conversion_rows():
         for path, goals in CONVERSION_PATHS.items():
             for peer, goal in zip(("plain_loop", "memcpy"), goals):
                 if peer == "plain_loop" or goal:
-                    yield Row(f"LUT conversion, {as_called(path)}, {name}", [f"lut_conversion/{path}/{size}"], peer,
-                              [f"lut_conversion/{peer}/{size}"], goal, [f"lut_conversion/bytes_moved/{size}"])
+                    yield Row(f"LUT conversion, {as_called(path)}, {name}", [f"lut_conversion/{path}/{size}"],
+                              NAMES[peer], [f"lut_conversion/{peer}/{size}"], goal,
+                              [f"lut_conversion/bytes_moved/{size}"])
 
 
 def generation_rows():
     for path, goals in GENERATION_PATHS.items():
         for model, goal in zip(("brown", "equidistant"), goals):
             yield Row(f"LUT generation, {model}, {as_called(path)}, 164x104", [f"lut_generation/{model}/{path}"],
-                      "opencv", [f"lut_generation/{model}/opencv"], goal)
+                      NAMES["opencv"], [f"lut_generation/{model}/opencv"], goal)
 
 
 def rectification_rows():
-    yield Row("stereo rectification", ["rectification/ours"], "opencv, with regions", ["rectification/opencv"], 0.1)
+    yield Row("stereo rectification", ["rectification/ours"], "OpenCV, with regions", ["rectification/opencv"], 0.1)
 
 
 def image_rows():

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,9 +21,13 @@ std::string read_all(int from) {
   return text;
 }
 
+double seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
 }  // namespace
 
-std::string output_of(std::initializer_list<const char*> arguments) {
+Run run_program(std::initializer_list<const char*> arguments) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) return {};
   posix_spawn_file_actions_t actions;
@@ -36,11 +41,14 @@ std::string output_of(std::initializer_list<const char*> arguments) {
   const bool started = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ) == 0;
   posix_spawn_file_actions_destroy(&actions);
   close(ends[1]);
-  std::string text = read_all(ends[0]);
+  Run run{read_all(ends[0])};
   close(ends[0]);
   int status = 1;
-  if (started) waitpid(child, &status, 0);
-  return status == 0 ? text : std::string{};
+  rusage used{};
+  if (started) wait4(child, &status, 0, &used);
+  if (status != 0) run.output.clear();
+  run.seconds = seconds(used.ru_utime) + seconds(used.ru_stime);
+  return run;
 }
 
 }  // namespace vq3900::bench

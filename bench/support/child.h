@@ -1,4 +1,4 @@
-// Runs a program and takes what it writes to its standard output.
+// Runs a program, takes what it writes to its standard output, and its time.
 #ifndef VQ3900_BENCH_SUPPORT_CHILD_H
 #define VQ3900_BENCH_SUPPORT_CHILD_H
 
@@ -7,8 +7,13 @@
 
 namespace vq3900::bench {
 
-// The output; empty when the program cannot be run or fails. The first argument is its path.
-std::string output_of(std::initializer_list<const char*> arguments);
+struct Run {
+  std::string output;
+  double seconds = 0;  // of processor time, from the start of the program to its end
+};
+
+// The first argument is the program's path. The output is empty when it cannot be run or fails.
+Run run_program(std::initializer_list<const char*> arguments);
 
 }  // namespace vq3900::bench
 

@@ -114,8 +114,8 @@ bool is_derivable(const CalibrateParamsMulti& calib, bool with_color) {
     return finite_intrinsics(camera) && camera.fx > 0 && camera.fy > 0 && fits_image(camera.width) &&
            fits_image(camera.height);
   };
-  const bool stereo = all_finite(calib.ir_rotation) && all_finite(calib.ir_translation) && good(calib.left_ir) &&
-                      good(calib.right_ir);
+  const bool stereo =
+      all_finite(calib.ir_rotation) && all_finite(calib.ir_translation) && good(calib.left_ir) && good(calib.right_ir);
   const bool color =
       finite_intrinsics(calib.rgb) && all_finite(calib.rgb_rotation) && all_finite(calib.rgb_translation);
   return stereo && (color || !with_color);

@@ -8,8 +8,7 @@
 
 namespace vq3900 {
 
-std::optional<SectionRecords> SectionRecords::find(std::span<std::uint8_t> section,
-                                                   std::uint32_t least_record_size) {
+std::optional<SectionRecords> SectionRecords::find(std::span<std::uint8_t> section, std::uint32_t least_record_size) {
   const SectionHeader header = read_section_header(section);
   const std::uint64_t end = kSectionHeaderSize + std::uint64_t{header.count} * header.record_size;
   if (end > section.size() || header.length > section.size() || header.record_size < least_record_size) return {};

@@ -111,8 +111,7 @@ static_assert(sizeof(DeCalibRecord_S) == 6152 && offsetof(DeCalibRecord_S, model
 static_assert(sizeof(DeAlignRecord_S) == 976);
 static_assert(sizeof(CalibFlashInput_S) == 56 && offsetof(CalibFlashInput_S, calib_params_file_num) == 8 &&
               offsetof(CalibFlashInput_S, config_files) == 16 && offsetof(CalibFlashInput_S, config_file_num) == 24 &&
-              offsetof(CalibFlashInput_S, calib_records) == 32 &&
-              offsetof(CalibFlashInput_S, calib_record_num) == 40 &&
+              offsetof(CalibFlashInput_S, calib_records) == 32 && offsetof(CalibFlashInput_S, calib_record_num) == 40 &&
               offsetof(CalibFlashInput_S, alignment_switch) == 48);
 
 static_assert(std::is_trivially_copyable_v<DeDispCalcParams_S> && std::is_standard_layout_v<DeDispCalcParams_S>);

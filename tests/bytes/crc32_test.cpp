@@ -87,8 +87,10 @@ TEST_P(Crc32, CheckValueOfTheNineDigitsAndNothingOfNoBytes) {
 // From a register of zero bits a byte leaves its own table entry.
 TEST_P(Crc32, FirstTableEntriesAreThePublishedOnes) {
   const std::uint32_t entries[] = {0x00000000, 0x77073096, 0xEE0E612C, 0x990951BA};
-  for (std::uint8_t byte = 0; byte < std::size(entries); ++byte)
-    EXPECT_EQ(~path()(0xFFFFFFFF, &byte, 1), entries[byte]) << "byte " << int{byte};
+  for (std::size_t i = 0; i < std::size(entries); ++i) {
+    const auto byte = static_cast<std::uint8_t>(i);
+    EXPECT_EQ(~path()(0xFFFFFFFF, &byte, 1), entries[i]) << "byte " << i;
+  }
 }
 
 // --- continuing
