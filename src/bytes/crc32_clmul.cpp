@@ -37,8 +37,8 @@ VQ3900_CLMUL_INLINE __m128i fold(__m128i value, __m128i factors, __m128i next) {
 
 // The remainder of what is in the register, followed by 32 zero bits. The low half, of which 64 + 32 bits are to
 // follow, goes to its remainder of at most 32 bits times x^63 (and once more x), which leaves 96 bits; so do the first
-// 32 of these. Of the 64 bits that are left the first half T is divided: floor(T floor(x^64 / P) / x^32) times P is what
-// to take away.
+// 32 of these. Of the 64 bits that are left the first half T is divided: floor(T floor(x^64 / P) / x^32) times P is
+// what to take away.
 VQ3900_CLMUL_INLINE std::uint32_t remainder_of(__m128i value) {
   constexpr FoldFactors kShorten{power_of_x(95), power_of_x(63)};
   constexpr FoldFactors kDivide{crc32_quotient(), crc32_divisor()};

@@ -1,8 +1,9 @@
 // The constants of folding, where carry-less multiplications take the place of the tables. See crc32.cpp for the CRC.
 //
-// A register holds a part A of the message, as a polynomial. When the message goes on, A stands n bits higher, as A x^n;
-// modulo P the product A (x^n mod P) will do, and can be added to the n bits that follow. So a register of the message's
-// first bits takes in all others, one register's width at a time, and ends with a polynomial of the same remainder.
+// A register holds a part A of the message, as a polynomial. When the message goes on, A stands n bits higher, as A
+// x^n; modulo P the product A (x^n mod P) will do, and can be added to the n bits that follow. So a register of the
+// message's first bits takes in all others, one register's width at a time, and ends with a polynomial of the same
+// remainder.
 //
 // Reflected, a register of w bits has the coefficient of x^(w - 1 - i) at bit i. The product of two such numbers of 64
 // bits has 127: in a register of 128 bits it stands one bit too low, which multiplies it by x. So what moves a register

@@ -1,10 +1,10 @@
 // A displacement d is encoded as the integer nearest to d 2^24, halves away from zero. Without a call of round():
 //     trunc(v + copysign(h, v)),   h = 0.5 - 2^-54, the number before 0.5
-// The sum is rounded to the nearest double. For a fraction of exactly one half that is the next integer, for any smaller
-// one it stays below; 0.5 itself would take 0.5 - 2^-54 up to 1.
+// The sum is rounded to the nearest double. For a fraction of exactly one half that is the next integer, for any
+// smaller one it stays below; 0.5 itself would take 0.5 - 2^-54 up to 1.
 //
-// encode_fixed takes every rounded number from -2^24 to 2^24 - 1, whatever the sign means to the device. Of these and no
-// others the sum with 2^24 fits 25 bits, and the field is the low 24.
+// encode_fixed takes every rounded number from -2^24 to 2^24 - 1, whatever the sign means to the device. Of these and
+// no others the sum with 2^24 fits 25 bits, and the field is the low 24.
 #include "modules/lut_encoding.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// What the library takes for granted of a machine, and the layout of the public records, which is part of the interface:
-// sizes and the offsets that files and callers rely on.
+// What the library takes for granted of a machine, and the layout of the public records, which is part of the
+// interface: sizes and the offsets that files and callers rely on.
 #include "vq3900_depth_engine.h"
 
 #include <cfloat>

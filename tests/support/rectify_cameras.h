@@ -1,5 +1,5 @@
-// The rectification block's two cameras in tests: their registers, parameters that tell them apart, and the numbers of a
-// camera with their places and formats.
+// The rectification block's two cameras in tests: their registers, parameters that tell them apart, and the numbers of
+// a camera with their places and formats.
 #ifndef VQ3900_TESTS_SUPPORT_RECTIFY_CAMERAS_H
 #define VQ3900_TESTS_SUPPORT_RECTIFY_CAMERAS_H
 

@@ -2,7 +2,8 @@
 //
 // - a Kalibr camchain (YAML): cam0 left, cam1 right, cam2 colour if there is one;
 // - a KITTI calib_cam_to_cam text: cameras 00 left, 01 right, 02 colour if it is there, unrectified;
-// - OpenCV FileStorage YAML: M1, D1, M2, D2, R, T in one file or spread over two, without image sizes; lengths in metres unless
+// - OpenCV FileStorage YAML: M1, D1, M2, D2, R, T in one file or spread over two, without image sizes; lengths in
+//   metres unless
 //   the options say otherwise.
 //
 // The contents say which it is. Nothing in a file is trusted: whatever is wrong ends in a CalibrationError.

@@ -1,4 +1,5 @@
-// Kalibr camchains: a map cam0, cam1, ... of cameras. T_cn_cnm1 takes a point of the camera before into this one; metres.
+// Kalibr camchains: a map cam0, cam1, ... of cameras. T_cn_cnm1 takes a point of the camera before into this one;
+// metres.
 #include <fmt/format.h>
 
 #include <string>

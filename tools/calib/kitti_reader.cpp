@@ -1,6 +1,6 @@
 // KITTI calib_cam_to_cam: one "KEY: values" a line. Camera nn has S_nn (image size), K_nn (camera matrix), D_nn
-// (k1, k2, p1, p2, k3), and R_nn, T_nn, which take a point of camera 00 into camera nn; metres. Entries of the rectified
-// images (S_rect_nn and so on) are passed over.
+// (k1, k2, p1, p2, k3), and R_nn, T_nn, which take a point of camera 00 into camera nn; metres. Entries of the
+// rectified images (S_rect_nn and so on) are passed over.
 #include <fmt/format.h>
 
 #include <algorithm>

@@ -9,8 +9,8 @@
 
 namespace vq3900 {
 
-// Displacements of the points (x, y) of one y: no more than kMostSamples, and a multiple of 4. The same bits as point by
-// point. True: every one of them encodes. False: some may not.
+// Displacements of the points (x, y) of one y: no more than kMostSamples, and a multiple of 4. The same bits as point
+// by point. True: every one of them encodes. False: some may not.
 using SampleRowFunction = bool(const DistortionModel& model, std::span<const double> x, double y, double* dx,
                                double* dy);
 
