@@ -15,7 +15,7 @@ from pathlib import Path
 from charts import growth_charts, time_text
 from rows import rows
 
-CLEAN = re.compile(r"/(iterations:\d+|min_time:[0-9.]+|manual_time|repeats:\d+)")
+CLEAN = re.compile(r"/(iterations:\d+|min_time:[0-9.]+|repeats:\d+)")
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
@@ -28,10 +28,13 @@ def medians(results):
     }
 
 
-def time_of(entry):
-    """Processor time in ns, which a busy machine disturbs least; the benchmark's own clock where it has one."""
-    clock = "real_time" if "manual_time" in entry["run_name"] else "cpu_time"
-    return entry[clock] * NANOSECONDS[entry["time_unit"]]
+def times_of(entries):
+    """Processor times in ns, which a busy machine disturbs least. Counters with names like benchmarks are in seconds."""
+    times = {}
+    for name, entry in entries.items():
+        times[name] = entry["cpu_time"] * NANOSECONDS[entry["time_unit"]]
+        times |= {counter: value * 1e9 for counter, value in entry.items() if "/" in counter}
+    return times
 
 
 def line(operation, ours, peer, peers, goal, unit="ns", limit=None):
@@ -133,7 +136,7 @@ def main():
     results_path, library, cache_path, folder = map(Path, sys.argv[1:])
     results = json.loads(results_path.read_text(encoding="utf-8"))
     entries = medians(results)
-    times = {name: time_of(entry) for name, entry in entries.items()}
+    times = times_of(entries)
     lines = [*compared(times), *checked(entries, library)]
     cache = cache_path.read_text(encoding="utf-8")
     text = markdown(lines, results["context"], cache)
