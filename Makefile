@@ -60,7 +60,7 @@ coverage: ## Measure the line coverage of src/ (report in build/coverage/coverag
 	@scripts/build coverage
 	@scripts/coverage
 
-bench: ## Run the benchmarks
+bench: ## Measure against well-kept peers (report in build/bench/report.md)
 	@scripts/setup bench
 	@scripts/build release
 	@scripts/bench

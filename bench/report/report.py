@@ -29,7 +29,7 @@ def medians(results):
 
 
 def times_of(entries):
-    """Processor times in ns, which a busy machine disturbs least. Counters with names like benchmarks are in seconds."""
+    """Processor times in ns, which a busy machine disturbs least. Counters named like benchmarks hold seconds."""
     times = {}
     for name, entry in entries.items():
         times[name] = entry["cpu_time"] * NANOSECONDS[entry["time_unit"]]
