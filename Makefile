@@ -1,6 +1,6 @@
 # The commands of the README. Everything is built below build/, one folder per preset.
 
-.PHONY: help setup build demo test test-asan test-install test-packages test-windows test-cross abi-check fuzz coverage \
+.PHONY: help setup build demo test test-asan test-install test-packages test-windows test-cross abi-check fuzz fuzz-briefly coverage \
   bench format format-check lint package clean
 
 help: ## List the commands
@@ -19,12 +19,12 @@ demo: ## Take two sample configurations to a simulated device and back, and show
 	@scripts/demo build/package
 
 test: build ## Run all tests
-	@ctest --preset dev --progress
+	@scripts/test dev
 
 test-asan: ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
 	@scripts/setup test
 	@scripts/build asan
-	@ctest --preset asan --progress
+	@scripts/test asan
 
 test-install: ## Install the release and build host programs against it in every way
 	@scripts/setup package
@@ -54,6 +54,9 @@ package: ## Make the Debian packages and the archive (in build/package/packages)
 fuzz: ## Run every fuzz target for a minute (SECONDS=n for longer)
 	@scripts/setup fuzz
 	@scripts/fuzz $(or $(SECONDS),60)
+
+fuzz-briefly: ## Run every fuzz target for five seconds
+	@$(MAKE) --no-print-directory fuzz SECONDS=5
 
 coverage: ## Measure the line coverage of src/ (report in build/coverage/coverage.html)
 	@scripts/setup test check

@@ -9,6 +9,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
 
 namespace vq3900::tool {
 
@@ -30,6 +32,11 @@ void close_descriptor(int descriptor) {
 bool is_terminal_descriptor(int descriptor) {
   return _isatty(descriptor) != 0;
 }
+// The system's own tmpfile() writes to the root of the drive, which ordinary users may not. Gone when it is closed.
+std::FILE* temporary_file() {
+  const std::unique_ptr<char, decltype(&std::free)> name(_tempnam(nullptr, "vq3900"), &std::free);
+  return name == nullptr ? nullptr : std::fopen(name.get(), "w+bTD");
+}
 bool write_bytes(int descriptor, const std::string& text) {
   return _write(descriptor, text.data(), static_cast<unsigned>(text.size())) >= 0;
 }
@@ -49,6 +56,9 @@ void close_descriptor(int descriptor) {
 bool is_terminal_descriptor(int descriptor) {
   return isatty(descriptor) != 0;
 }
+std::FILE* temporary_file() {
+  return std::tmpfile();
+}
 bool write_bytes(int descriptor, const std::string& text) {
   return write(descriptor, text.data(), text.size()) >= 0;
 }
@@ -57,7 +67,7 @@ bool write_bytes(int descriptor, const std::string& text) {
 }  // namespace
 
 // Without a temporary file nothing is caught: the library's lines then go where they always go.
-StreamCapture::StreamCapture(std::FILE* stream) : stream_(stream), file_(std::tmpfile()) {
+StreamCapture::StreamCapture(std::FILE* stream) : stream_(stream), file_(temporary_file()) {
   if (file_ == nullptr) return;
   std::fflush(stream_);
   saved_ = duplicate(descriptor_of(stream_));

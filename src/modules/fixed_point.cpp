@@ -18,6 +18,12 @@ std::uint64_t wrap_to_u64(double value) {
   return std::uint64_t{1} << 63;  // below -2^63, and NaN
 }
 
+// The nearest integer, halves away from zero. The round() of one C library takes the number before 0.5 up to 1.
+double round_half_away(double value) {
+  constexpr double kBelowHalf = 0.49999999999999994;  // with 0.5 itself the sum would be rounded up to 1
+  return std::trunc(value + std::copysign(kBelowHalf, value));
+}
+
 }  // namespace
 
 std::uint32_t encode_fixed(double value, const FixedFormat& format, OverflowHandler on_overflow) {
@@ -25,7 +31,7 @@ std::uint32_t encode_fixed(double value, const FixedFormat& format, OverflowHand
   const std::uint64_t limit = modulus - 1;
   const auto scale = static_cast<double>(std::uint64_t{1} << (static_cast<std::uint32_t>(format.frac_bits) % 64));
   const double scaled = value * scale;
-  const double nearest = std::round(scaled);
+  const double nearest = round_half_away(scaled);
   const double pattern = scaled < 0 ? nearest + static_cast<double>(modulus) : nearest;
   const std::uint64_t rounded = wrap_to_u64(pattern);
 

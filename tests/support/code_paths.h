@@ -87,7 +87,7 @@ class FencedArray {
   std::byte* start_ = nullptr;
   std::size_t mapped_ = 0;
 #else
-  FencedArray(std::size_t count, Side) : count_(count), heap_(count) {
+  FencedArray(std::size_t count, Side) : heap_(count), count_(count) {
     elements_ = heap_.data();
   }
 
