@@ -1,7 +1,7 @@
 # The commands of the README. Everything is built below build/, one folder per preset.
 
-.PHONY: help setup build demo test test-asan test-install test-packages test-windows test-cross abi-check fuzz fuzz-briefly coverage \
-  bench format format-check lint package clean
+.PHONY: help setup build demo test test-asan test-install test-packages test-windows test-cross abi-check fuzz \
+  fuzz-briefly coverage bench docs format format-check lint package clean
 
 help: ## List the commands
 	@grep -E '^[a-z-]+:.*## ' $(MAKEFILE_LIST) | sed -E 's/:[^#]*## /\t/' | expand -t 16
@@ -13,7 +13,7 @@ build: ## Build the library, the tool and the tests
 	@scripts/setup test
 	@scripts/build dev
 
-demo: ## Take two sample configurations to a simulated device and back, and show the registers
+demo: ## Show the main jobs: configurations to a simulated device and back, calibrations to settings, images
 	@scripts/setup
 	@scripts/build package
 	@scripts/demo build/package
@@ -67,6 +67,10 @@ bench: ## Measure against well-kept peers (report in build/bench/report.md)
 	@scripts/setup bench
 	@scripts/build release
 	@scripts/bench
+
+docs: ## Make the reference manual (in build/doxygen/html)
+	@scripts/setup docs
+	@scripts/docs
 
 format: ## Format the sources
 	@scripts/setup check

@@ -35,8 +35,8 @@
  *
  * @section rules Rules that hold everywhere
  *
- * - **Threads.** The library has no threads and no locks. The caller makes one call at a time; a callback must not call
- *   back into the library.
+ * - **Threads.** The library has no threads and no locks. The caller makes one call at a time; a register callback must
+ *   not call back into the library, save for the fixed-point helpers, which keep nothing.
  * - **State.** All parameter records, register tables and loaded configurations live in the library from load to
  *   unload, and every record crosses the interface by copy. The library keeps no pointer that it is given, save the
  *   two callbacks and their context.
@@ -53,8 +53,9 @@
  * - **Printed texts** are written through C stdio, one call a message, and never flushed by the library. They are
  *   quoted here exactly; `\n` stands for the line end.
  * - **Memory.** No setter, converter, table function or entry point allocates.
- * - **Exceptions.** None leaves the library, save what a log callback throws. A register callback that throws counts as
- *   a failed transfer; the cancellation of its thread passes through.
+ * - **Exceptions.** None leaves the library, save what a log callback throws, and std::bad_function_call where a log
+ *   callback is null or empty. A register callback that throws counts as a failed transfer; the cancellation of its
+ *   thread passes through. A lack of memory is a failure code, as each function says.
  * - **Byte order and layout.** Records have the natural C layout of a little-endian 64-bit machine; their sizes are
  *   given with them. Padding bytes are copied with the record.
  *
@@ -171,7 +172,15 @@ typedef int32_t DRIVER_HELPER_ERRNO;
 /**
  * @defgroup records Records
  *
- * Plain records, copied whole across the interface. Sizes in bytes stand behind each name.
+ * Plain records, copied whole across the interface. Sizes in bytes stand behind each name. A record that is copied out,
+ * changed and stored keeps everything else as it was:
+ *
+ * @code{.c}
+ * DeDispCalcParams_S matcher;
+ * de_copy_disp_calc_params(&matcher);
+ * matcher.win_size = 11;
+ * de_update_disp_calc_params(&matcher);
+ * @endcode
  * @{
  */
 
@@ -195,7 +204,7 @@ typedef struct DeBasicParams_S {
   uint8_t depth_mode;       /**< 0: depth relative to a reference plane, else absolute. Bit 31 of 0x50001200. */
   float ref_plane_dist;     /**< Distance of the reference plane in depth units. */
   uint8_t upsample_enable;  /**< Upsampling of the input images: 0 off, else on. */
-  float pbf;                /**< 1 / (baseline * focal_length_pix). */
+  float pbf;                /**< 1 / (baseline * focal_length_pix), per depth unit and pixel. */
   uint8_t upsample_aux_en;  /**< Second upsampling path, used in camera mode 1: 0 or 1. */
   uint8_t upsample_main_en; /**< Main upsampling path: 0 or 1. */
   uint32_t scale_mode;      /**< Output scale mode, 0 to 3. */
@@ -217,9 +226,12 @@ typedef struct DeExtendChopParams_S {
   int32_t extend_tar[4]; /**< Target image, same order. Values 2 and 3 act through the extended height alone. */
 } DeExtendChopParams_S;
 
-/** @brief Tuning of the stereo matcher (152). Widths are those of the register fields; higher bits are cut. */
+/**
+ * @brief Tuning of the stereo matcher (152). Widths are those of the register fields; higher bits are cut. Thresholds,
+ * counts and masks are plain numbers of the device.
+ */
 typedef struct DeDispCalcParams_S {
-  uint32_t win_size;                /**< Matching window, 5 bits. */
+  uint32_t win_size;                /**< Matching window in pixels, 5 bits. */
   int32_t min_disparity;            /**< Minimum disparity in pixels, -128 to 127. */
   uint32_t cost_strong_t;           /**< Grow match: strong cost threshold, 12 bits. */
   uint32_t cost_weak_t;             /**< Grow match: weak cost threshold, 12 bits. */
@@ -256,59 +268,59 @@ typedef struct DeDispCalcParams_S {
 
 /** @brief Grow-match group of the matcher (24); see DeDispCalcParams_S. */
 typedef struct DeGrowMatchParams_S {
-  uint32_t cost_strong_t;      /**< 12 bits. */
-  uint32_t cost_weak_t;        /**< 12 bits. */
-  uint32_t conf_region_t;      /**< 8 bits. */
-  uint32_t conf_strong_t;      /**< 8 bits. */
-  uint32_t conf_grow_t;        /**< 8 bits. */
-  uint32_t grow_disp_diff_thr; /**< 2 bits. */
+  uint32_t cost_strong_t;      /**< Strong cost threshold, 12 bits. */
+  uint32_t cost_weak_t;        /**< Weak cost threshold, 12 bits. */
+  uint32_t conf_region_t;      /**< Region confidence threshold, 8 bits. */
+  uint32_t conf_strong_t;      /**< Strong confidence threshold, 8 bits. */
+  uint32_t conf_grow_t;        /**< Growing confidence threshold, 8 bits. */
+  uint32_t grow_disp_diff_thr; /**< Disparity difference, 2 bits. */
 } DeGrowMatchParams_S;
 
 /** @brief Shadow-check group of the matcher (32); see DeDispCalcParams_S. */
 typedef struct DeShadowCheckParams_S {
-  uint8_t shadow_en;               /**< 1 bit. */
-  uint8_t shadow_ring_base;        /**< 1 bit. */
-  uint32_t shadow_win_size;        /**< 5 bits. */
-  uint32_t shadow_smooth_size;     /**< 4 bits. */
-  uint32_t shadow_tex_thresh;      /**< 8 bits. */
-  uint32_t shadow_diff_per;        /**< 4 bits. */
-  uint32_t shadow_edge_preserving; /**< 7 bits. */
-  uint32_t cost_shadow1_t;         /**< 12 bits. */
-  uint32_t cost_shadow2_t;         /**< 12 bits. */
+  uint8_t shadow_en;               /**< Check on, 1 bit. */
+  uint8_t shadow_ring_base;        /**< Ring base, 1 bit. */
+  uint32_t shadow_win_size;        /**< Window, 5 bits. */
+  uint32_t shadow_smooth_size;     /**< Smoothing size, 4 bits. */
+  uint32_t shadow_tex_thresh;      /**< Texture threshold, 8 bits. */
+  uint32_t shadow_diff_per;        /**< Difference, 4 bits. */
+  uint32_t shadow_edge_preserving; /**< Edge preservation, 7 bits. */
+  uint32_t cost_shadow1_t;         /**< First cost threshold, 12 bits. */
+  uint32_t cost_shadow2_t;         /**< Second cost threshold, 12 bits. */
 } DeShadowCheckParams_S;
 
 /** @brief Short-arm group of the matcher (12); see DeDispCalcParams_S. */
 typedef struct DeArmShortParams_S {
-  uint32_t arm_len;        /**< 4 bits. */
-  uint32_t arm_short_en;   /**< 1 bit. */
-  uint32_t arm_short_mask; /**< 30 bits. */
+  uint32_t arm_len;        /**< Support arm length, 4 bits. */
+  uint32_t arm_short_en;   /**< Short-arm rule on, 1 bit. */
+  uint32_t arm_short_mask; /**< Short-arm mask, 30 bits. */
 } DeArmShortParams_S;
 
 /** @brief Tile group of the matcher (16); see DeDispCalcParams_S. */
 typedef struct DeTileParams_S {
-  uint32_t tile_width;              /**< 12 bits. */
-  uint32_t tile_overlap_x;          /**< 3 bits. */
-  uint32_t tile_overlap_x_fast;     /**< 1 bit. */
-  uint32_t tile_overlap_y_traverse; /**< 8 bits. */
+  uint32_t tile_width;              /**< Tile width in pixels, 12 bits. */
+  uint32_t tile_overlap_x;          /**< Horizontal overlap, 3 bits. */
+  uint32_t tile_overlap_x_fast;     /**< Fast horizontal overlap, 1 bit. */
+  uint32_t tile_overlap_y_traverse; /**< Vertical overlap of the traversal, 8 bits. */
 } DeTileParams_S;
 
 /** @brief Seed group of the matcher (12); see DeDispCalcParams_S. */
 typedef struct DeSeedParams_S {
-  uint32_t max_see_num;            /**< 8 bits. */
-  uint32_t max_seed_try_num;       /**< 12 bits. */
-  uint32_t max_seed_valid_try_num; /**< 12 bits. */
+  uint32_t max_see_num;            /**< Seeds, 8 bits. */
+  uint32_t max_seed_try_num;       /**< Seed attempts, 12 bits. */
+  uint32_t max_seed_valid_try_num; /**< Valid seed attempts, 12 bits. */
 } DeSeedParams_S;
 
 /** @brief Left-right consistency group of the matcher (8), passed by value to set_lrc_params(). */
 typedef struct DeLrcParams_S {
-  uint32_t lrc_en;     /**< 1 bit. */
-  uint32_t lrc_thresh; /**< 2 bits. */
+  uint32_t lrc_en;     /**< Check on, 1 bit. */
+  uint32_t lrc_thresh; /**< Threshold, 2 bits. */
 } DeLrcParams_S;
 
 /** @brief Smoothing-filter group of the matcher (3); see DeDispCalcParams_S. */
 typedef struct DeSmoothFilterParams_S {
-  uint8_t smooth_enable;      /**< 1 bit. */
-  uint8_t smooth_win_size;    /**< 4 bits. */
+  uint8_t smooth_enable;      /**< Filter on, 1 bit. */
+  uint8_t smooth_win_size;    /**< Window, 4 bits. */
   uint8_t smooth_enable_flag; /**< Ignored by the setter, which derives it. */
 } DeSmoothFilterParams_S;
 
@@ -333,13 +345,13 @@ typedef struct DeGpmParams_S {
 
 /** @brief Thresholds of the global-point matching (28); see DeGpmParams_S. */
 typedef struct DeGpmConfig_S {
-  uint32_t texture_t0;     /**< 11 bits. */
-  uint32_t texture_t1;     /**< 11 bits. */
-  uint32_t active_t;       /**< 9 bits. */
-  uint32_t ncost_t;        /**< 10 bits. */
-  uint32_t hist_dy_dist;   /**< 5 bits. */
-  int32_t gp_ref_dy_t_neg; /**< 12 bits. */
-  int32_t gp_ref_dy_t;     /**< 12 bits. */
+  uint32_t texture_t0;     /**< First texture threshold, 11 bits. */
+  uint32_t texture_t1;     /**< Second texture threshold, 11 bits. */
+  uint32_t active_t;       /**< Activity threshold, 9 bits. */
+  uint32_t ncost_t;        /**< Cost threshold, 10 bits. */
+  uint32_t hist_dy_dist;   /**< Histogram distance, 5 bits. */
+  int32_t gp_ref_dy_t_neg; /**< Negated gp_ref_dy_t, 12 bits; not derived. */
+  int32_t gp_ref_dy_t;     /**< Vertical tolerance against the reference, 12 bits. */
 } DeGpmConfig_S;
 
 /**
@@ -426,13 +438,18 @@ typedef struct dpu_mode {
 typedef struct dpu_scheme_config {
   uint32_t disp_offset;     /**< Disparity offset, a multiple of 10. */
   uint32_t d2d_params_unit; /**< Unit of the D2D parameters in hundredths; 0 when it is not in R. */
-  uint32_t ref_dist;        /**< Reference distance, a multiple of 100; 0 in camera mode 1 once applied. */
-  uint32_t scheme_flags;    /**< Bit 0 distort_type, 1 sbg_en, 2 mono_lut_sbg2r, 3 mono_lut_rectify, 4 hw_d2d_en,
+  uint32_t ref_dist;     /**< Reference distance in depth units, a multiple of 100; 0 in camera mode 1 once applied. */
+  uint32_t scheme_flags; /**< Bit 0 distort_type, 1 sbg_en, 2 mono_lut_sbg2r, 3 mono_lut_rectify, 4 hw_d2d_en,
                                  5 mipi_channel_status. */
-  double reserved;          /**< 0. */
+  double reserved;       /**< 0. */
 } dpu_scheme_config;
 
-/** @brief One depth-to-colour output configuration (72). Offsets are those of its flash image. */
+/**
+ * @brief One depth-to-colour output configuration (72). Offsets are those of its flash image.
+ *
+ * The library carries all of it from the groups file into the image and computes nothing from it; what the device makes
+ * of scale and extend is the device's.
+ */
 typedef struct d2c_cfg_item {
   uint8_t md5[16];              /**< Zero in memory; in an image the MD5 of bytes 16 to 51. */
   char desc[16];                /**< Description, zero-padded, not terminated when 16 bytes long. */
@@ -443,29 +460,34 @@ typedef struct d2c_cfg_item {
   uint32_t mipi_channel_status; /**< Bit 0: MIPI channel. */
   uint16_t res_d2c_in[2];       /**< Input of the D2C stage: width, height in pixels. */
   uint16_t res_d2c_valid[2];    /**< Valid area of the D2C stage: width, height in pixels. */
-  float scale;                  /**< Scale from depth to colour image. */
-  uint16_t extend[4];           /**< Margins in pixels: two values for the width, two for the height. */
+  float scale;                  /**< Scale, a plain number, as in the file. */
+  uint16_t extend[4];           /**< Extend margins, as in the file. */
 } d2c_cfg_item;
 
-/** @brief Automatic-exposure settings of the infrared pre-processing (156). Offsets are those of its flash image. */
+/**
+ * @brief Automatic-exposure settings of the infrared pre-processing (156). Offsets are those of its flash image.
+ *
+ * The library carries the numbers from the groups file into the image as they stand. Units of exposure, gain and
+ * current and the order within the lists are the device's.
+ */
 typedef struct ir_pre_cfg_item {
   uint8_t md5[16];                /**< Zero in memory; in an image the MD5 of bytes 16 to 35. */
   char dpu_desc[16];              /**< Description, zero-padded, not terminated when 16 bytes long. */
   uint32_t reserved;              /**< 0. */
-  int32_t exp_time_range[4];      /**< Exposure times. */
-  int32_t gain_range[4];          /**< Gains. */
-  int32_t laser_current_range[4]; /**< Laser currents. */
+  int32_t exp_time_range[4];      /**< Range of the exposure time. */
+  int32_t gain_range[4];          /**< Range of the gain. */
+  int32_t laser_current_range[4]; /**< Range of the laser current. */
   uint32_t target_brightness;     /**< Brightness aimed at. */
   uint32_t target_th;             /**< Tolerance of the brightness. */
-  uint32_t center_weight;         /**< Weight of the image centre. */
-  uint32_t skip_frame;            /**< Frames skipped between two steps. */
+  uint32_t center_weight;         /**< Weight of the centre when metering. */
+  uint32_t skip_frame;            /**< Frames to skip. */
   uint32_t smooth_steps;          /**< Steps of a change. */
-  uint32_t delay_ms;              /**< Delay of a change in milliseconds. */
-  uint32_t meter_method;          /**< Metering method. */
+  uint32_t delay_ms;              /**< Delay in milliseconds. */
+  uint32_t meter_method;          /**< Number of the metering method. */
   uint32_t enable_bits;           /**< Bit 0 exposure, 1 gain, 2 laser power. */
-  uint16_t roi_size[2];           /**< Region of interest: width, height in pixels. */
-  uint16_t box_cnt[2];            /**< Boxes of the region: columns, rows. */
-  uint16_t box_weight_16[16];     /**< Weights of the boxes. */
+  uint16_t roi_size[2];           /**< Size of the region of interest. */
+  uint16_t box_cnt[2];            /**< Numbers of boxes. */
+  uint16_t box_weight_16[16];     /**< Weights of 16 boxes. */
 } ir_pre_cfg_item;
 
 /** @brief A camera of a calibration (64). */
@@ -510,12 +532,12 @@ typedef struct DeStereoRectifyParams_S {
   DeCameraIntrinsic_S cam1;           /**< Unrectified intrinsics and image size of camera 1, scaled and chopped. */
   DeCameraIntrinsic_S cam0;           /**< Unrectified intrinsics and image size of camera 0. */
   uint16_t reserved[2];               /**< 0. */
-  float left_temperature;             /**< Calibration temperature of the left IR camera. */
-  float right_temperature;            /**< Calibration temperature of the right IR camera. */
-  float ldm_temperature;              /**< Calibration temperature of the laser. */
-  float left_comp_coeff;              /**< Temperature compensation of the left IR camera. */
-  float right_comp_coeff;             /**< Temperature compensation of the right IR camera. */
-  float ldm_comp_coeff;               /**< Temperature compensation of the laser. */
+  float left_temperature;             /**< Temperature of the left IR camera, as given to set_calib_temp_info(). */
+  float right_temperature;            /**< Temperature of the right IR camera, the same. */
+  float ldm_temperature;              /**< Temperature of the laser, the same. */
+  float left_comp_coeff;              /**< Temperature compensation of the left IR camera, as configured. */
+  float right_comp_coeff;             /**< Temperature compensation of the right IR camera, as configured. */
+  float ldm_comp_coeff;               /**< Temperature compensation of the laser, as configured. */
 } DeStereoRectifyParams_S;
 
 /** @brief Result of the depth-to-colour derivation (172). */
@@ -526,18 +548,18 @@ typedef struct DeCameraD2CParams_S {
   float zero[8];             /**< 0. */
   float color_distortion[8]; /**< Distortion of the colour camera, as calibrated. */
   float rotation[9];         /**< Rotation from the rectified reference camera to the colour camera, row-major. */
-  float translation[3];      /**< Translation to the colour camera. */
+  float translation[3];      /**< Translation to the colour camera, in the calibration's unit (millimetres). */
 } DeCameraD2CParams_S;
 
 /** @brief Constants of the depth calculation (28). */
 typedef struct DepthCalcParams_S {
-  int32_t depth_mode;    /**< Depth mode of the configuration. */
+  int32_t depth_mode;    /**< 0: depth relative to a reference plane, else absolute. */
   float baseline;        /**< Signed baseline in depth units. */
   float ref_dist;        /**< Reference distance in depth units. */
-  float focal_length;    /**< Unrectified focal length of camera 1 in pixels. */
-  float d2d_params_unit; /**< Depth unit: never 0. */
-  float disp_offset;     /**< Disparity offset. */
-  int32_t invalid_disp;  /**< Disparity that stands for none. */
+  float focal_length;    /**< Unrectified fx of camera 1 in pixels, scaled: not the rectified one. */
+  float d2d_params_unit; /**< Depth unit in the calibration's unit (millimetres); never 0. */
+  float disp_offset;     /**< Disparity offset in pixels, as configured. */
+  int32_t invalid_disp;  /**< Disparity that stands for none, as configured. */
 } DepthCalcParams_S;
 
 /** @brief One optimized D2D entry (16); opaque to the library. */
@@ -596,9 +618,9 @@ typedef struct DeCalibRecord_S {
   DeCalibRecordCamera_S right_ir; /**< Right IR camera. */
   DeCalibRecordCamera_S rgb;      /**< Colour camera; all zero for none. */
   float ir_rotation[9];           /**< R, row-major. */
-  float ir_translation[3];        /**< T. */
+  float ir_translation[3];        /**< T, in millimetres. */
   float rgb_rotation[9];          /**< R_rgb, row-major. */
-  float rgb_translation[3];       /**< T_rgb. */
+  float rgb_translation[3];       /**< T_rgb, in millimetres. */
 } DeCalibRecord_S;
 
 /** @brief One record of the alignment section (976); opaque to the library. */
@@ -901,7 +923,7 @@ VQ3900_API int32_t de_copy_rectify_lut_info_register_table(int32_t camera_id, De
  * @defgroup frame Register callbacks, errors and versions
  *
  * @code{.c}
- * if (de_register_read_write_functon(read_registers, write_registers, &bus) != 0) return;
+ * if (de_register_read_write_functon(read_registers, write_registers, &device) != 0) return;
  * D2dConfig d2d;
  * int32_t code = de_get_d2d_params_from_registers(&d2d);
  * if (code == VQ3900_ERROR_TRANSFER) fprintf(stderr, "%s\n", de_get_error_str());  // null before the first failure
@@ -971,10 +993,11 @@ VQ3900_API void get_depth_driver_helper_version(char* buffer);
  *             must hold the whole text, at least 8 bytes.
  * @retval 0 Copied.
  * @retval -1 @p out is null.
+ * @retval -2 There is no memory for the text; @p out is as it was.
  */
 VQ3900_API int32_t get_lut_version(char* out);
 
-/** @brief Another name of get_lut_version(). @param[out] buffer See there. @return See there. */
+/** @brief Another name of get_lut_version(). @param[out] buffer See there. @retval 0,-1,-2 See there. */
 VQ3900_API int32_t get_disto_lut_version(char* buffer);
 
 /** @} */
@@ -990,7 +1013,7 @@ VQ3900_API int32_t get_disto_lut_version(char* buffer);
  *   been set!".
  * - -2: a null pointer. Nothing changed.
  * - -3: the write callback failed. Records and register tables are as converted, tables already written stay written;
- *   de_get_error_str() answers "write register failed!".
+ *   de_get_error_str() answers "write register failed!". The call may be repeated, but for a rectification with grids.
  *
  * Codes of a single entry point stand with it.
  *
@@ -1073,13 +1096,19 @@ VQ3900_API int32_t de_set_d2d_params_to_registers(const D2dConfig* config);
  * @brief Writes both cameras' rectification parameters: 23 elements (camera 0), then 23 (camera 1).
  *
  * Matrix and distortion are those of the last set_rectify_params_brown(). No entry point writes the rectification
- * control table: convert_rectify_control_float_to_register(), de_copy_rectify_ctrl_register_table(), and hand the three
- * elements to your own transport.
+ * control table, the LUT information tables or the LUT sections: convert_rectify_control_float_to_register(),
+ * de_copy_rectify_ctrl_register_table(), de_copy_rectify_lut_info_register_table() and
+ * de_copy_rectify_lut_register_section(), and hand what they give to your own transport.
+ *
+ * A grid of set_rectify_params_map() is converted once and released: this call takes a new one each time. After
+ * align_ir_ir_rgb_params_to_register_converter() everything is converted; where that made LUTs, write the tables as
+ * de_copy_rectify_params_register_table() and de_copy_sbg2r_params_register_table() give them, instead of this call.
  * @param[in] params Enables and rectified intrinsics to store.
  * @param[in] ctrl Control record to store.
- * @retval 0,-1,-2,-3 See above.
- * @retval -2 No rectification parameters were set before (prints "need to set rectify params! \n" to standard error).
- *            The records are stored.
+ * @retval 0,-1,-3 See above.
+ * @retval -2 A null pointer, and nothing changed; or convert_rectify_params_to_register_elements() refused: no
+ *            rectification parameters were set before (prints "need to set rectify params! \n" to standard error), or
+ *            a grid is missing or of the wrong size. The records are stored, nothing is written.
  * @retval 4096 A parameter does not fit its register. The records are stored, registers before it are converted,
  *              nothing is written. See convert_rectify_params_to_register_elements() for the texts.
  */
@@ -1100,8 +1129,8 @@ VQ3900_API int32_t de_set_rectify_params_to_registers(const DeRectifyParams_S* p
  * - -2: a null pointer, and nothing changed; or the callback changed an address or, in any table but the control table,
  *   a mask (prints "register element address or mask incompatible!\n" to standard error), and elements merged before
  *   that one stay merged.
- * - -3: the read callback failed. Tables merged before it stay merged; de_get_error_str() answers "read register
- *   failed!".
+ * - -3: the read callback failed. Tables merged before it stay merged (global points and rectification read all their
+ *   tables before they merge the first); de_get_error_str() answers "read register failed!".
  *
  * The caller's record is untouched unless the code is 0.
  *
@@ -1179,13 +1208,16 @@ VQ3900_API int32_t de_get_d2d_params_from_registers(D2dConfig* config);
 
 /**
  * @brief Reads the rectification: 23 elements (camera 1), 23 (camera 0), 3 (control table).
+ *
+ * They are merged in the order camera 0, control table, camera 1. The flags that @p kk_lut_arg switches on are then
+ * overwritten by those that were read.
  * @param[out] params Receives enables and rectified intrinsics.
  * @param[out] ctrl Receives the control record.
  * @param kk_lut_arg Distortion type handed to set_rectify_kk_lut() between merging and decoding: 0 to 2.
  * @param convert_arg Single-camera mode: non-zero decodes camera 1's registers, 0 camera 0's, either into camera 1's
  *                    record. Ignored in other modes.
- * @retval 0,-1,-2,-3 See above.
- * @retval -2 @p kk_lut_arg is refused by set_rectify_kk_lut(). The tables are merged, nothing is decoded.
+ * @retval 0,-1,-3 See above.
+ * @retval -2 See above; or @p kk_lut_arg is refused by set_rectify_kk_lut(): the tables are merged, nothing is decoded.
  */
 VQ3900_API int32_t de_get_rectify_params_from_registers(DeRectifyParams_S* params, DeRectifyCtrlParams_S* ctrl,
                                                         uint32_t kk_lut_arg, uint8_t convert_arg);
@@ -1986,14 +2018,15 @@ VQ3900_API int32_t convert_rectify_control_float_to_register(void);
  *
  * Camera mode 0: camera 1's parameters go into both tables, its grid into camera 0's LUT information table and the
  * sections A and B at camera 0's addresses. Other modes: each camera's into its own, camera 1 first. A grid that was
- * converted is released: converting again needs a new one. Each conversion prints "convert lut_dx from float to
- * register \n", "convert lut_dy from float to register \n" and "convert lut_dx and lut_dy end \n" to standard output.
+ * converted is released: converting again needs a new one. The conversion of a grid prints "convert lut_dx from float
+ * to register \n", "convert lut_dy from float to register \n" and "convert lut_dx and lut_dy end \n" to standard
+ * output.
  * @retval 0 Converted.
  * @retval -2 Camera mode 0 and camera 1's parameters were never set, or another mode and neither camera's were (prints
- *            "need to set rectify params! \n" to standard error); nothing changes.
- * @retval -2 A grid is missing (prints "cam_id= %d, dx,dy id null!\n" to standard error), its size is no multiple of 4
- *            ("lut width and height must be multiples of 4! \n"), or there is no memory; and
- *            "convert_rectify_lut_float_to_register error!,camera id = %d \n" goes to standard output.
+ *            "need to set rectify params! \n" to standard error); nothing changes. Or a grid is missing (prints
+ *            "cam_id= %d, dx,dy id null!\n" to standard error), its size is no multiple of 4 ("lut width and height
+ *            must be multiples of 4! \n"), or there is no memory; then "convert_rectify_lut_float_to_register
+ *            error!,camera id = %d \n" goes to standard output, and what comes before the grid is converted.
  * @retval 4096 A parameter does not fit its register. The encoder printed which, and
  *              "convert_rectify_commom_float_to_register error!,camera id = %d \n" or
  *              "convert_rectify_kk_float_to_register error!,camera id = %d \n" or
@@ -2040,8 +2073,8 @@ VQ3900_API int32_t de_get_rectify_lut_params_float(int32_t cam_id, RectifyLutInf
  *                `data` of each to an array of de_get_lut_len() words, which are all written.
  * @param section_num 2 or 4.
  * @retval 0 Handed out.
- * @retval -2 Another number (prints "start_rows_reg_section_num != 2 ! \n" to standard error), or a pointer is null;
- *            nothing changes.
+ * @retval -2 Another number (prints "start_rows_reg_section_num != 2 ! \n" to standard error), or @p out or an array
+ *            that is to be written is null; nothing changes.
  */
 VQ3900_API int32_t de_copy_rectify_lut_register_section(LutSection* out, uint8_t section_num);
 
@@ -2085,14 +2118,15 @@ VQ3900_API int32_t de_update_rectify_params(const DeRectifyParams_S* params, con
 /**
  * @brief Loads a depth-engine configuration file.
  *
- * A section without a key counts as missing. A load that fails with -1, with -6 or at the grammar changes nothing. Any
- * other failure leaves the sections before it loaded and the failing one up to the failing key (extend_chop not at
- * all); the sections basic to gpm are cleared together once mode is read, scheme once gpm is read.
+ * A section without a key counts as missing; without a section scheme the scheme is zero. A load that fails with -1,
+ * with -6 or at the grammar changes nothing. Any other failure leaves the sections before it loaded and the failing one
+ * up to the failing key (extend_chop not at all); the sections basic to gpm are cleared together once mode is read,
+ * scheme once gpm is read.
  * @param path File path, in the encoding of the C library's fopen.
- * @retval 0 Loaded; or the file has no section mode, and nothing changes.
+ * @retval 0 Loaded; or the file has no section mode, and nothing changes: an earlier configuration stays loaded.
  * @retval -1 The file cannot be opened (prints "Cannot open file", the path and a line end to standard error).
- * @retval -5 The text breaks the INI grammar, or a value is absent or not of its key's type or range. Nothing is
- *            printed; `vq3900-tool check` says what and where.
+ * @retval -5 The text breaks the INI grammar, a value is absent or not of its key's type or range, or there is no
+ *            memory. Nothing is printed; `vq3900-tool check` says what and where.
  * @retval -6 One of basic, disparity, extend_chop, gpm is missing (prints "%s section not found!\n").
  * @retval -7 Section mode: a list of the wrong length, or a description longer than 16 bytes.
  * @retval -8 Section basic: a depth unit that is none of the five.
@@ -2173,10 +2207,11 @@ VQ3900_API void get_dpu_scheme_config(dpu_scheme_config* out);
  * @param path File path, in the encoding of the C library's fopen.
  * @retval 0 Loaded.
  * @retval -1 The file cannot be opened (prints "Cannot open file", the path and a line end to standard error), or one
- * of these goes there: "Field %s not found in section %s\n" (a required key is absent), "Number of d2c cofiguration not
- * supported\n" (above 100 or negative), "check section %s error\n" (a group is missing), "string to arrary %s error\n"
- * (a list of the wrong length), "desc is longer than 16 bytes\n".
- * @retval -5 The text breaks the INI grammar, or a value is not of its key's type or range. Nothing is printed.
+ *            of these goes there: "Field %s not found in section %s\n" (a required key is absent), "Number of d2c
+ *            cofiguration not supported\n" (above 100 or negative), "check section %s error\n" (a group is missing),
+ *            "string to arrary %s error\n" (a list of the wrong length), "desc is longer than 16 bytes\n".
+ * @retval -5 The text breaks the INI grammar, a value is not of its key's type or range, or there is no memory. Nothing
+ *            is printed.
  */
 VQ3900_API int32_t load_d2c_configs(const char* path);
 
@@ -2246,7 +2281,15 @@ VQ3900_API bool gen_depth_engine_config_flash_file(const char* path);
  * Without configurations the first 8192 bytes are 0xFF. A section carries the largest version of its files, or the time
  * of building when that is 0. Each digest prints the ten trace lines of the digest ("Md5_gen step 1!\n" to
  * "Md5_gen end!\n") to standard output.
- * @param input What to build from.
+ *
+ * Two traps:
+ * - A configuration file without a section mode loads as nothing, with success: its item repeats the one before it.
+ * - An item holds the register tables as they stand when its configuration is applied. What a configuration does not
+ *   set comes from what was set before it, in this process or by the files before it: correction flags, which are only
+ *   ever set, the expand width outside recovery mode 2, the two stereo paths of upsampling in single-camera mode, bits
+ *   outside the masks that were read from a device. Where every byte counts, build in a fresh process, always with the
+ *   same files in the same order.
+ * @param[in] input What to build from; not changed.
  * @param path File to create or replace.
  * @retval true The file was created. **It is empty when building failed**, which one of these on standard output says:
  *         "error: convert dpu configs failed \n" (after "error: load_input_configs, path=%s \n" or
@@ -2273,7 +2316,7 @@ VQ3900_API int32_t de_export_config_params_to_file(const char* path);
  * @param path File to read.
  * @retval 0 Restored.
  * @retval -2 The file cannot be read (prints "error: read file failed, path=%s \n" to standard output) or is not 462
- *            bytes long ("error: file size\n"). No record changes.
+ *            bytes long ("error: file size\n"), or there is no memory (nothing is printed). No record changes.
  */
 VQ3900_API int32_t de_import_config_params_from_file(const char* path);
 
@@ -2295,14 +2338,15 @@ VQ3900_API int32_t de_import_config_params_from_file(const char* path);
 /**
  * @brief Loads a calibration input configuration from a file.
  *
- * A section without a key counts as missing. A failed load leaves what it read before the failure.
+ * A section without a key counts as missing. A failed load leaves what it read before the failure; one that fails with
+ * -1 or 4096, for a missing section or at the grammar changes nothing.
  * @param path File path of at most 256 bytes, in the encoding of the C library's fopen.
  * @retval 0 Loaded.
  * @retval -1 The file cannot be opened (prints "Cannot open file ", the path and a line end to standard error).
  * @retval -2 A section is missing (prints "basic section not found!\n" and so on to standard error) or a required key
  *            is absent ("Field \"baseline\" not found in section \"basic\"\n" and so on).
- * @retval -3 The text breaks the INI grammar, or a value is not of its key's type or range (prints "Caught an
- *            exception: ", the reason and a line end to standard output).
+ * @retval -3 The text breaks the INI grammar, a value is not of its key's type or range, or there is no memory (prints
+ *            "Caught an exception: ", the reason and a line end to standard output).
  * @retval 4096 The path is too long (prints "Error: File name exceeds the maximum length.\n" to standard error).
  */
 VQ3900_API int32_t load_input_configs_path(const char* path);
@@ -2310,18 +2354,21 @@ VQ3900_API int32_t load_input_configs_path(const char* path);
 /**
  * @brief Loads a calibration input configuration from its text.
  * @param content The whole INI text, terminated.
- * @retval 0,-2,-3 See load_input_configs_path().
- * @retval -2 @p content is null (prints "Error: config param is invalid.\n" to standard error).
+ * @retval 0,-3 See load_input_configs_path().
+ * @retval -2 See there; or @p content is null (prints "Error: config param is invalid.\n" to standard error).
  */
 VQ3900_API int32_t load_input_configs_content(const char* content);
 
-/** @brief Answers whether the camera type has a mode of its own. @param[out] out Receives 1 for type 2 or 3, else 0. */
+/**
+ * @brief Answers whether the camera type (cam_type) has a mode of its own.
+ * @param[out] out Receives 1 for type 2 or 3, else 0. Null: nothing happens.
+ */
 VQ3900_API void get_cam_mode(unsigned char* out);
-/** @brief Answers the setting d2d_params_unit_in_R_en. @param[out] out Receives it. */
+/** @brief Answers the setting d2d_params_unit_in_R_en. @param[out] out Receives its low byte. Null: nothing happens. */
 VQ3900_API void get_d2d_params_unit_in_R_en(unsigned char* out);
 /** @brief Answers whether undistortion LUTs are wanted. @return True for distort_type 1 and 2. */
 VQ3900_API bool get_lut_enable_status(void);
-/** @brief Answers the setting mipi_channel_status. @param[out] out Receives it. */
+/** @brief Answers the setting mipi_channel_status. @param[out] out Receives it. Null: nothing happens. */
 VQ3900_API void get_mipi_channel_status(unsigned char* out);
 
 /** @} */
@@ -2372,6 +2419,8 @@ VQ3900_API void de_log_callback_destroy(DeLogCallback* callback);
 
 /**
  * @brief Sets the temperatures at calibration; no conversion runs without them.
+ *
+ * They go into records and images as they are given, in the unit of the host's sensors; nothing is computed from them.
  * @param left Left IR camera; at least 1, which the converters check.
  * @param right Right IR camera; the same.
  * @param ldm Laser; the same.
@@ -2403,8 +2452,8 @@ VQ3900_API int32_t cams_calibration_params_to_register_converter(const char* pat
  * model: %d", then for each of the steps below "... failed!" or "... successful!".
  * @param calib The calibration, by value.
  * @param[out] rect Receives the rectification. On a failure it is zero but for what was derived by then.
- * @param[out] d2c Receives the D2C record; null skips the colour camera.
- * @param[out] depth Receives the constants of the depth calculation.
+ * @param[out] d2c Receives the D2C record when the derivation succeeds; null skips the colour camera.
+ * @param[out] depth Receives the constants of the depth calculation when the derivation succeeds.
  * @param log Receives the messages. Null or empty: std::bad_function_call is raised at the first message. What it
  *            throws passes through to the caller; the library stays usable.
  * @retval 0 Everything is derived, set and converted.
@@ -2420,7 +2469,7 @@ VQ3900_API int32_t cams_calibration_params_to_register_converter(const char* pat
  *            error.\n" or "gen right camera undistortion lut error.\n" to standard output; the derivation's message).
  * @retval 4096 A value did not fit its register: "convert_d2d_params_to_register_elements() failed!",
  *              "convert_rectify_float_to_register_elements() failed!" or "convert_d2c_params_float_to_register()
- *              failed!". Registers of the steps before are converted.
+ *              failed!". Registers of the steps before are converted. The encoder printed which value.
  */
 VQ3900_API int32_t align_ir_ir_rgb_params_to_register_converter(CalibrateParamsMulti calib,
                                                                 DeStereoRectifyParams_S* rect, DeCameraD2CParams_S* d2c,
@@ -2449,7 +2498,7 @@ VQ3900_API int32_t release_optimized_d2d_params(void);
 /**
  * @defgroup calib_images Calibration images
  *
- * The flash image that the device takes its calibration from, its LUT file and its factory-align section, built from
+ * The flash image from which the device takes its calibration, its LUT file and its factory-align section, built from
  * configurations that pair a calibration with a calibration input configuration; and changes to images that are there.
  * docs/formats.md lays them out byte by byte. Rectifications, D2C and D2D records that several configurations share are
  * stored once. Every digest prints ten trace lines to standard output ("Md5_gen step 1!\n" to "Md5_gen end!\n").
@@ -2565,6 +2614,9 @@ VQ3900_API void get_lut_section_buffer_size(const CalibFlashInput_S* input, uint
  * the factory-align section without an image size), which go to standard output alone. Optimized D2D entries are
  * released on every exit.
  *
+ * The D2D register table is cleared first, so that no image depends on the one before; afterwards records and tables
+ * hold the last configuration, or what the failing one got to.
+ *
  * What makes two configurations share a record: equal rectified size and MIPI channel for rectifications and their LUTs
  * (size and start for the words of LUTs), not equal calibrations. All LUT sections of a configuration have
  * de_get_lut_len() words, that is as many as the right camera's: give both IR cameras one size.
@@ -2604,9 +2656,10 @@ VQ3900_API int32_t gen_calib_flash_param_de(const CalibFlashInput_S* input, uint
 /**
  * @brief Sets the baseline in the D2D section of an image.
  *
- * Rewrites the baseline and the register value that depends on it, the section's time and its CRC-32. The destination
- * receives **the 4096-byte D2D section alone**, also when the source is a whole image. Prints "Original baseline: %f\n"
- * for every record that changes. The destination is opened when everything else is done: no other failure touches it.
+ * Rewrites the baseline and the register value that depends on it, the section's time and its CRC-32; what follows the
+ * last record becomes 0xFF. The destination receives **the 4096-byte D2D section alone**, also when the source is a
+ * whole image. Prints "Original baseline: %f\n" for every record that changes. The destination is opened when
+ * everything else is done: no other failure touches it.
  * @param src_path An image of 20480 or 24576 bytes, or a D2D section of 4096.
  * @param baseline Signed baseline in depth units.
  * @param dst_path File to create or replace; may be the source.
@@ -2614,8 +2667,8 @@ VQ3900_API int32_t gen_calib_flash_param_de(const CalibFlashInput_S* input, uint
  * @retval 0 Written.
  * @retval -1 The source cannot be read or the destination not be written (prints "Open file error: %s\n" with its
  *            path).
- * @retval -2 The source has another size (prints "Unknown file size."), or its section header does not fit its section
- *            ("invalid section header\n").
+ * @retval -2 The source has another size (prints "Unknown file size.", without a line end), or its section header does
+ *            not fit its section ("invalid section header\n"), or there is no memory.
  * @retval 4096 The register value overflows ("Convert to fixed point error\n"). All of these go to standard output.
  */
 VQ3900_API int32_t update_baseline_de(const char* src_path, float baseline, const char* dst_path, int index);

@@ -35,6 +35,24 @@
 #define VQ3900_DISTORTION_LUT_API __attribute__((visibility("default")))
 #endif
 
+/**
+ * @defgroup distortion_lut Distortion LUTs
+ *
+ * @code{.cpp}
+ * const float distortion[8] = {-0.28f, 0.07f, 0, 0, 0, 0, 0.0002f, 0};  // k1 .. k6, p1, p2
+ * SampledDistoLUT_s grid;
+ * BrownModelLUT model;
+ * model.SetLutConfigParams(4, 0, 0.25f, true);  // a sample every 16 pixels, a quarter more than the image
+ * model.SetImageSize(1280, 800);
+ * model.SetCameraIntrinsics(605, 604, 636, 402);
+ * model.SetDistortionCoeffs(distortion, 8);
+ * if (model.Generate() != 0 || model.GetDistortionLut(&grid) != 0) {  // says what the setters refused, too
+ *   std::fprintf(stderr, "%s\n", model.GetErrString().c_str());
+ * }
+ * @endcode
+ * @{
+ */
+
 /** @brief A sampled displacement grid (64 bytes). The arrays belong to the object that generated them. */
 struct SampledDistoLUT_s {
   std::int16_t x_start;         /**< First column covered, in pixels; negative left of the image. */
@@ -57,15 +75,38 @@ class VQ3900_DISTORTION_LUT_API CreateDistortionLUT {
   CreateDistortionLUT(const CreateDistortionLUT&) = delete;
   CreateDistortionLUT& operator=(const CreateDistortionLUT&) = delete;
 
-  /** @brief Sets the image size in pixels. @return 0 or -3. */
+  /**
+   * @brief Sets the image size.
+   * @param width Columns in pixels, 1 to 65535.
+   * @param height Rows in pixels, 1 to 65535.
+   * @return 0 or -3.
+   */
   virtual int SetImageSize(int width, int height);
-  /** @brief Sets the pinhole that the grid is sampled with, in pixels. @return 0 or -4. */
+
+  /**
+   * @brief Sets the pinhole that the grid is sampled with.
+   * @param fx,fy Focal lengths in pixels, above 0.
+   * @param cx,cy Principal point in pixels; pixel centres lie at whole numbers.
+   * @return 0 or -4.
+   */
   virtual int SetCameraIntrinsics(float fx, float fy, float cx, float cy);
-  /** @brief Sets the model's coefficients, in the order of the model. @return 0 or -5. */
+
+  /**
+   * @brief Sets the model's coefficients.
+   * @param coeffs Coefficients in the order of the model; they are copied.
+   * @param count Their number, that of the model.
+   * @return 0 or -5.
+   */
   virtual int SetDistortionCoeffs(const float* coeffs, int count);
-  /** @brief Sets the polynomial model's largest radius; the other models ignore it. @return 0. */
+
+  /**
+   * @brief Sets the polynomial model's largest radius; the other models ignore it.
+   * @param param Radius in focal lengths; not finite or not positive for none.
+   * @return 0.
+   */
   virtual int SetPolynomialParam(double param);
-  /** @brief Samples the grid. @return 0, -3 to -7. */
+
+  /** @brief Samples the grid. @return 0, or -3 to -7. */
   virtual int Generate();
 
   /**
@@ -79,17 +120,22 @@ class VQ3900_DISTORTION_LUT_API CreateDistortionLUT {
    */
   int SetLutConfigParams(int sample_bit, int mode, float extend_ratio, bool flag);
 
-  /** @brief Hands out the grid, valid until the next Generate() or the object's end. @return 0 or -8. */
+  /**
+   * @brief Hands out the grid.
+   * @param[out] out Receives it; its arrays are valid until the next Generate() or the object's end.
+   * @return 0 or -8.
+   */
   int GetDistortionLut(SampledDistoLUT_s* out);
 
-  /** @brief The last failure in words; empty before the first. */
+  /** @brief The last failure in words. @return The text; empty before the first. */
   std::string GetErrString();
 
-  /** @brief The version of the implementation. */
+  /** @brief The version of the implementation. @param[out] text Receives it. */
   static void GetVersionInfo(std::string& text);
 
  protected:
-  struct State;
+  struct State; /**< The implementation's own. */
+  /** @brief For the models. @param state The implementation's own. */
   explicit CreateDistortionLUT(std::unique_ptr<State> state);
 
  private:
@@ -113,5 +159,7 @@ class VQ3900_DISTORTION_LUT_API PolynomialModelLUT : public CreateDistortionLUT 
  public:
   PolynomialModelLUT();
 };
+
+/** @} */
 
 #endif

@@ -73,7 +73,6 @@ Reading read_typed(const KeyDescription& key, std::string_view text) {
     case KeyType::kVersion:
       return read_version(text) != 0 ? Reading{} : Reading{{}, "the version has no parts"};
     case KeyType::kUint16List:
-      return read_list(text, key.count, to_int64);
     case KeyType::kInt32List:
       return read_list(text, key.count, to_int64);
     case KeyType::kDoubleList:
@@ -85,6 +84,8 @@ Reading read_typed(const KeyDescription& key, std::string_view text) {
 }  // namespace
 
 Reading read_key(const KeyDescription& key, std::string_view text) {
+  // The library refuses such a number, ends a list there and keeps it in a text: none of it can be meant.
+  if (text.find('\0') != std::string_view::npos) return {{}, "the value has a zero byte in it"};
   try {
     return read_typed(key, text);
   } catch (const FieldError& fault) {

@@ -1,19 +1,16 @@
 // The two calibration converters: from a calibration to the register settings of rectification, D2C and D2D.
-#include <array>
 #include <cmath>
 #include <exception>
 #include <functional>
-#include <span>
 #include <string>
 
 #include "calib/distortion_model.h"
+#include "calib/module_settings_api.h"
 #include "calib/step_log_api.h"
 #include "calib/stereo_derivation.h"
 #include "calib/stereo_derivation_api.h"
 #include "config/c_locale.h"
 #include "modules/fixed_point.h"
-#include "modules/rectify.h"
-#include "modules/rectify_lut.h"
 #include "platform/diagnostics.h"
 #include "regs/steps.h"
 #include "state/engine.h"
@@ -22,6 +19,8 @@ using vq3900::engine;
 using vq3900::widen;
 
 namespace {
+
+constexpr int32_t kStereo = 1;
 
 bool temperatures_valid(const vq3900::CalibState& calib) {
   return calib.left_temperature >= 1.0F && calib.right_temperature >= 1.0F && calib.ldm_temperature >= 1.0F;
@@ -67,73 +66,6 @@ void fill_depth(const DeStereoRectifyParams_S& rect, DepthCalcParams_S& depth) {
   }
 }
 
-// One configuration never inherits another's correction, in the tables neither: images are made of them.
-void drop_corrections() {
-  vq3900::clear_kk(engine().registers);
-  for (vq3900::RectifyCameraParams& camera : engine().rectify.camera)
-    camera.kk_set = false;
-  for (vq3900::RectifyLut& lut : engine().rectify_lut.camera) {
-    lut.map_set = false;
-    vq3900::release_grid(lut);
-  }
-}
-
-std::array<float, 4> pinhole(const DeCameraIntrinsic_S& intrinsic) {
-  return {intrinsic.fx, intrinsic.fy, intrinsic.cx, intrinsic.cy};
-}
-
-// What a camera's half of the rectification record says.
-struct CameraHalf {
-  uint32_t id;
-  const DeCameraIntrinsic_S& rectified;
-  const float (&distortion)[8];
-  const float (&rotation)[9];
-  const DeCameraIntrinsic_S& unrectified;
-};
-
-int32_t set_camera(const CameraHalf& camera, uint8_t lut_status, const vq3900::UndistortionLut& lut) {
-  const std::array<float, 4> intrinsic = pinhole(camera.unrectified);
-  const bool polynomial = lut_status == 0 || lut_status == 2;
-  const bool map = lut_status == 1 || lut_status == 2;
-  if (polynomial) {
-    const int32_t code =
-        set_rectify_params_brown(camera.id, &camera.rectified, camera.distortion, camera.rotation, intrinsic.data());
-    if (code != VQ3900_OK) return code;
-  }
-  if (!map) return VQ3900_OK;
-  return set_rectify_params_map(camera.id, &camera.rectified, &lut.info, camera.rotation, intrinsic.data());
-}
-
-int32_t set_projection(const DeCameraD2CParams_S& d2c) {
-  const vq3900::CalibInputConfig& config = engine().calib_input;
-  std::array<float, 12> pose{};
-  const bool in_unit = config.d2d_params_unit_in_R_en == 1 && std::fabs(widen(config.d2d_params_unit)) > 0.0001;
-  for (std::size_t i = 0; i < 9; ++i) {
-    pose[i] = in_unit ? d2c.rotation[i] * config.d2d_params_unit : d2c.rotation[i];
-  }
-  for (std::size_t i = 0; i < 3; ++i)
-    pose[9 + i] = d2c.translation[i];
-  return set_d2c_calib_params(pinhole(d2c.depth).data(), pinhole(d2c.color).data(), pose.data());
-}
-
-constexpr int32_t kStereo = 1;
-
-// Hands the derived values to the setters of the modules.
-int32_t set_rectify_d2c_params(const DeStereoRectifyParams_S& rect, const DeCameraD2CParams_S* d2c,
-                               const vq3900::CameraLuts& luts, const DepthCalcParams_S& depth) {
-  const uint8_t lut_status = engine().calib_input.distort_type;
-  const CameraHalf camera_1{1, rect.cam1_rectified, rect.cam1_distortion, rect.cam1_rotation, rect.cam1};
-  const CameraHalf camera_0{0, rect.cam0_rectified, rect.cam0_distortion, rect.cam0_rotation, rect.cam0};
-  drop_corrections();
-  return vq3900::run_steps([&] { return set_camera_mode(kStereo, static_cast<uint8_t>(depth.depth_mode)); },
-                           [&] { return set_pbf_params(depth.baseline, depth.focal_length); },
-                           [&] { return depth.depth_mode == 0 ? set_ref_plane_dist(depth.ref_dist) : VQ3900_OK; },
-                           [&] { return set_rectify_kk_lut(lut_status); },
-                           [&] { return set_camera(camera_1, lut_status, luts[1]); },
-                           [&] { return set_camera(camera_0, lut_status, luts[0]); },
-                           [&] { return d2c == nullptr ? VQ3900_OK : set_projection(*d2c); });
-}
-
 // Logs how a step ended and answers its status.
 int32_t logged(const vq3900::StepLog& log, int32_t code, const char* failed, const char* successful) {
   log.step(code == VQ3900_OK ? successful : failed);
@@ -163,7 +95,7 @@ int32_t convert(CalibrateParamsMulti& calib, DeStereoRectifyParams_S& rect, DeCa
       [&] {
         fill_depth(rect, depth);
         return logged(log,
-                      set_rectify_d2c_params(rect, d2c, luts, depth),
+                      vq3900::set_rectify_d2c_params(kStereo, rect, d2c, luts, depth),
                       "set_rectify_d2c_params() failed!",
                       "set_rectify_d2c_params() successful!");
       },

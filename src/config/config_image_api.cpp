@@ -17,10 +17,6 @@ namespace {
 
 using vq3900::ConfigSectionWriter;
 
-const char* printable(const char* path) {
-  return path == nullptr ? "(null)" : path;
-}
-
 // A path in a character array: up to its terminator, or the whole array.
 template <std::size_t Size>
 std::string bounded_text(const char (&text)[Size]) {
@@ -52,11 +48,11 @@ int32_t convert_configuration() {
 // Loads and applies one configuration and appends its item. The version read is kept if it is the largest so far.
 int32_t add_dpu_configuration(const char* path, ConfigSectionWriter& writer, uint32_t& largest_version) {
   if (load_de_input_configs(path) != VQ3900_OK) {
-    vq3900::print_out("error: load_input_configs, path=%s \n", printable(path));
+    vq3900::print_out("error: load_input_configs, path=%s \n", vq3900::printable(path));
     return -3;
   }
   if (set_depth_engine_config() != VQ3900_OK) {
-    vq3900::print_out("error: set_depth_engine_config, path=%s \n", printable(path));
+    vq3900::print_out("error: set_depth_engine_config, path=%s \n", vq3900::printable(path));
     return -4;
   }
   vq3900::DpuItem item;
@@ -145,7 +141,7 @@ bool build_image(const de_config_flash_input& input, std::span<uint8_t> image) {
 bool gen_depth_engine_config_flash_file(const char* path) {
   vq3900::OutputFile file{path};
   if (!file.is_open()) {
-    vq3900::print_out("error: create or open file failed, path=%s \n", printable(path));
+    vq3900::print_out("error: create or open file failed, path=%s \n", vq3900::printable(path));
     return false;
   }
   const int32_t code = vq3900::run_steps(convert_basic_config_to_registers,
@@ -164,7 +160,7 @@ bool gen_depth_engine_config_flash_file_de(de_config_flash_input* input, const c
   if (input == nullptr) return false;
   vq3900::OutputFile file{path};
   if (!file.is_open()) {
-    vq3900::print_out("error: create or open file failed, path=%s \n", printable(path));
+    vq3900::print_out("error: create or open file failed, path=%s \n", vq3900::printable(path));
     return false;
   }
   std::array<uint8_t, vq3900::kConfigImageSize> image;

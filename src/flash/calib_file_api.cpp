@@ -18,14 +18,11 @@ namespace {
 
 using vq3900::OutputFile;
 using vq3900::print_out;
+using vq3900::printable;
 
 constexpr int32_t kCannotOpen = -1;
 constexpr int32_t kOtherSize = -5;
 constexpr int32_t kNumbersDiffer = -6;
-
-const char* printable(const char* path) {
-  return path == nullptr ? "(null)" : path;
-}
 
 int32_t cannot_open(const char* path) {
   print_out("error: create or open file failed, path=%s \n", printable(path));

@@ -34,7 +34,7 @@ int32_t refuse(const char* text) {
 }
 
 int32_t cannot_open(const char* path) {
-  print_out("Open file error: %s\n", path == nullptr ? "(null)" : path);
+  print_out("Open file error: %s\n", vq3900::printable(path));
   return kCannotOpen;
 }
 

@@ -49,7 +49,7 @@ void print_overflow(const FixedOverflow& overflow) {
             DecimalText(overflow.rounded).c_str(),
             DecimalText(result).c_str(),
             DecimalText(overflow.limit).c_str());
-  print_out("error code 01: value overflow in %s \n", overflow.name == nullptr ? "(null)" : overflow.name);
+  print_out("error code 01: value overflow in %s \n", printable(overflow.name));
 }
 
 }  // namespace vq3900

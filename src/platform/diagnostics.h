@@ -10,6 +10,11 @@ namespace vq3900 {
 // Prints to standard error: table bounds and refused input.
 [[gnu::format(printf, 1, 2)]] void print_err(const char* format, ...);
 
+// A path or a name as a message shows it.
+inline const char* printable(const char* text) {
+  return text == nullptr ? "(null)" : text;
+}
+
 }  // namespace vq3900
 
 #endif

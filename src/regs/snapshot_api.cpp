@@ -5,18 +5,10 @@
 #include "platform/file.h"
 #include "regs/snapshot.h"
 
-namespace {
-
-const char* printable(const char* path) {
-  return path == nullptr ? "(null)" : path;
-}
-
-}  // namespace
-
 int32_t de_export_config_params_to_file(const char* path) {
   vq3900::OutputFile file{path};
   if (!file.is_open()) {
-    vq3900::print_out("error: create or open file failed, path=%s \n", printable(path));
+    vq3900::print_out("error: create or open file failed, path=%s \n", vq3900::printable(path));
     return VQ3900_ERROR_ARGUMENT;
   }
   vq3900::Snapshot snapshot;
@@ -32,7 +24,7 @@ int32_t de_export_config_params_to_file(const char* path) {
 int32_t de_import_config_params_from_file(const char* path) try {
   const std::optional<std::string> text = vq3900::read_file(path, vq3900::kSnapshotSize);
   if (!text) {
-    vq3900::print_out("error: read file failed, path=%s \n", printable(path));
+    vq3900::print_out("error: read file failed, path=%s \n", vq3900::printable(path));
     return VQ3900_ERROR_ARGUMENT;
   }
   if (text->size() != vq3900::kSnapshotSize) {

@@ -173,10 +173,20 @@ INSTANTIATE_TEST_SUITE_P(Files, BinaryInput,
 
 TEST_F(OddInput, ZeroByteInAValueIsAFailureOfThatValue) {
   const TempFile file(with(stereo(), "laser_type", std::string("laser_type = 1\0", 15)));
-  const Outcome checked = run({"check", file.path()});
-  EXPECT_EQ(checked.code, 1);
-  EXPECT_THAT(checked.out, HasSubstr(":12: error: mode.laser_type: "));
-  EXPECT_EQ(run({"apply", file.path()}).code, 1);
+  const std::string path = file.path();
+  EXPECT_EQ(run({"check", path}),
+            prints_out(1,
+                       path +
+                           ":12: error: mode.laser_type: the value has a zero byte in it; accepted: 0 to "
+                           "4294967295\n" +
+                           path + ": 1 error, 0 warnings\n"));
+  EXPECT_EQ(run({"apply", path}).code, 1);
+}
+
+TEST_F(OddInput, ZeroByteInATextIsFound) {
+  const TempFile file(with(stereo(), "dpu_desc", std::string("dpu_desc = a\0b", 14)));
+  EXPECT_THAT(run({"check", file.path()}).out,
+              HasSubstr("mode.dpu_desc: the value has a zero byte in it; accepted: at most 16 characters\n"));
 }
 
 TEST_F(OddInput, GoodFileIsTakenAfterABadOne) {
