@@ -12,8 +12,12 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 add_library(vq3900_compiler_options INTERFACE)
 
-# Floating point is part of the device contract: one rounding per operation, never a fused multiply-add.
+# Floating point is part of the device contract: one rounding per operation, in the precision of its operands, never a
+# fused multiply-add.
 target_compile_options(vq3900_compiler_options INTERFACE -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  target_compile_options(vq3900_compiler_options INTERFACE -fexcess-precision=fast)
+endif()
 
 set(vq3900_warnings -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion
                     -Wfloat-conversion -Wcast-align -Wformat=2 -Wundef)

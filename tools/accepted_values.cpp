@@ -16,8 +16,6 @@ namespace vq3900::tool {
 
 namespace {
 
-constexpr double kUnlimited = std::numeric_limits<double>::infinity();
-
 // Keys whose accepted values are not those of a register field.
 struct Rule {
   std::string_view section;

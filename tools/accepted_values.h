@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +14,8 @@
 #include "modules/register_field.h"
 
 namespace vq3900::tool {
+
+inline constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 
 struct AcceptedValues {
   double low = 0;

@@ -18,16 +18,12 @@ namespace vq3900::tool {
 
 namespace {
 
-Bytes bytes_of(const std::string& text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
 constexpr int kNotComparable = 2;  // 0 equal, 1 different
 
 // The image in a file; what keeps it from being read goes to standard error.
 std::optional<Image> open_image(const std::string& path) {
-  constexpr std::size_t kLargest = std::size_t{64} * 1024 * 1024;
-  const std::optional<std::string> text = read_file(path.c_str(), kLargest);
+  constexpr std::size_t kLargestFile = std::size_t{64} * 1024 * 1024;
+  const std::optional<std::string> text = read_file(path.c_str(), kLargestFile);
   if (!text) {
     fmt::print(stderr, "vq3900-tool: {}: cannot be opened\n", path);
     return std::nullopt;

@@ -95,10 +95,6 @@ std::string hex_line(Bytes bytes) {
   return hex_text(bytes.first(shown)) + (shown < bytes.size() ? "..." : "");
 }
 
-Bytes bytes_of(const std::string& text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
 // Both texts; where they are the same though the bytes differ, the bytes from the first that differs.
 ImageDifference difference_at(const std::string& place, const Content& first, const Content& second) {
   if (first.text != second.text) return {place, first.text, second.text};

@@ -18,7 +18,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // A field of more bytes than this is summarised.
-constexpr std::uint32_t kMostBytesShown = 16;
+constexpr std::uint32_t kLongestList = 16;
 
 // A value for people and for programs.
 struct Shown {
@@ -121,7 +121,7 @@ ImageField read_field(const FieldLayout& layout, Bytes file, std::size_t offset)
   const Bytes bytes = file.subspan(offset, layout.size);
   if (layout.type == FieldType::kText) return summary_field(layout.name, file, offset, layout.size, text_of(bytes));
   if (is_digest(layout)) return summary_field(layout.name, file, offset, layout.size, hex_text(bytes));
-  if (layout.type == FieldType::kUint8 && layout.count > kMostBytesShown) {
+  if (layout.type == FieldType::kUint8 && layout.count > kLongestList) {
     return summary_field(layout.name, file, offset, layout.size, bytes_summary(bytes));
   }
   ImageField field{layout.name, offset, "", Json::array(), {bytes.begin(), bytes.end()}};

@@ -59,6 +59,10 @@ struct ImageSection {
 
 using Bytes = std::span<const std::uint8_t>;
 
+inline Bytes bytes_of(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
 struct Image {
   std::string kind;                 // "register file", "calibration image", ...
   std::vector<std::uint8_t> bytes;  // the whole file

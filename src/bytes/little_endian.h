@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <type_traits>
 
 namespace vq3900 {
@@ -53,6 +54,16 @@ void store_little(Number number, std::uint8_t* to) {
   static_assert(std::is_arithmetic_v<Number>);
   const auto bits = detail::little(std::bit_cast<typename detail::BitsOfSize<sizeof(Number)>::type>(number));
   std::memcpy(to, &bits, sizeof bits);
+}
+
+// Words one behind the other.
+inline void store_little_words(std::span<const std::uint32_t> words, std::uint8_t* to) {
+  if constexpr (std::endian::native == std::endian::little) {
+    if (!words.empty()) std::memcpy(to, words.data(), words.size_bytes());
+  } else {
+    for (std::size_t i = 0; i < words.size(); ++i)
+      store_little(words[i], to + i * sizeof(std::uint32_t));
+  }
 }
 
 template <typename Number>

@@ -3,6 +3,7 @@
 #include <exception>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "calib/distortion_model.h"
 #include "calib/module_settings_api.h"
@@ -95,7 +96,7 @@ int32_t convert(CalibrateParamsMulti& calib, DeStereoRectifyParams_S& rect, DeCa
       [&] {
         fill_depth(rect, depth);
         return logged(log,
-                      vq3900::set_rectify_d2c_params(kStereo, rect, d2c, luts, depth),
+                      vq3900::set_rectify_d2c_params(kStereo, rect, d2c, std::move(luts), depth),
                       "set_rectify_d2c_params() failed!",
                       "set_rectify_d2c_params() successful!");
       },

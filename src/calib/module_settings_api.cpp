@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "modules/fixed_point.h"
 #include "modules/rectify.h"
@@ -41,7 +42,8 @@ struct CameraHalf {
   const DeCameraIntrinsic_S& unrectified;
 };
 
-std::int32_t set_camera(const CameraHalf& camera, std::uint8_t lut_status, const UndistortionLut& lut) {
+// Takes the LUT, whose memory is free again afterwards: the setter has a copy.
+std::int32_t set_camera(const CameraHalf& camera, std::uint8_t lut_status, UndistortionLut lut) {
   const std::array<float, 4> intrinsic = pinhole(camera.unrectified);
   const bool polynomial = lut_status == 0 || lut_status == 2;
   const bool map = lut_status == 1 || lut_status == 2;
@@ -69,20 +71,20 @@ std::int32_t set_projection(const DeCameraD2CParams_S& d2c) {
 }  // namespace
 
 std::int32_t set_rectify_d2c_params(std::int32_t camera_mode, const DeStereoRectifyParams_S& rect,
-                                    const DeCameraD2CParams_S* d2c, const CameraLuts& luts,
-                                    const DepthCalcParams_S& depth) {
+                                    const DeCameraD2CParams_S* d2c, CameraLuts luts, const DepthCalcParams_S& depth) {
   const std::uint8_t lut_status = engine().calib_input.distort_type;
   const bool to_plane = camera_mode == kSingleCamera || depth.depth_mode == 0;
   const CameraHalf camera_1{1, rect.cam1_rectified, rect.cam1_distortion, rect.cam1_rotation, rect.cam1};
   const CameraHalf camera_0{0, rect.cam0_rectified, rect.cam0_distortion, rect.cam0_rotation, rect.cam0};
   drop_corrections();
-  return run_steps([&] { return set_camera_mode(camera_mode, static_cast<std::uint8_t>(depth.depth_mode)); },
-                   [&] { return set_pbf_params(depth.baseline, depth.focal_length); },
-                   [&] { return to_plane ? set_ref_plane_dist(depth.ref_dist) : VQ3900_OK; },
-                   [&] { return set_rectify_kk_lut(lut_status); },
-                   [&] { return set_camera(camera_1, lut_status, luts[1]); },
-                   [&] { return camera_mode == kStereo ? set_camera(camera_0, lut_status, luts[0]) : VQ3900_OK; },
-                   [&] { return d2c == nullptr ? VQ3900_OK : set_projection(*d2c); });
+  return run_steps(
+      [&] { return set_camera_mode(camera_mode, static_cast<std::uint8_t>(depth.depth_mode)); },
+      [&] { return set_pbf_params(depth.baseline, depth.focal_length); },
+      [&] { return to_plane ? set_ref_plane_dist(depth.ref_dist) : VQ3900_OK; },
+      [&] { return set_rectify_kk_lut(lut_status); },
+      [&] { return set_camera(camera_1, lut_status, std::move(luts[1])); },
+      [&] { return camera_mode == kStereo ? set_camera(camera_0, lut_status, std::move(luts[0])) : VQ3900_OK; },
+      [&] { return d2c == nullptr ? VQ3900_OK : set_projection(*d2c); });
 }
 
 }  // namespace vq3900

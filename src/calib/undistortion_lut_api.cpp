@@ -1,9 +1,6 @@
 #include "calib/undistortion_lut_api.h"
 
-#include "vq3900_distortion_lut.h"
-
-#include <cstddef>
-#include <memory>
+#include <utility>
 
 #include "calib/distortion_model.h"
 #include "platform/diagnostics.h"
@@ -33,21 +30,18 @@ std::int32_t report(CreateDistortionLUT& generator, int status) {
   return status;
 }
 
-void take_grid(const SampledDistoLUT_s& sampled, UndistortionLut& out) {
-  const std::size_t count = std::size_t{sampled.grid_width} * sampled.grid_height;
-  out.dx.assign(sampled.dx, sampled.dx + count);
-  out.dy.assign(sampled.dy, sampled.dy + count);
-  out.info = {static_cast<std::uint32_t>(std::int32_t{sampled.x_start}),
-              static_cast<std::uint32_t>(std::int32_t{sampled.y_start}),
-              static_cast<float>(sampled.fx),
-              static_cast<float>(sampled.fy),
-              static_cast<float>(sampled.cx),
-              static_cast<float>(sampled.cy),
-              sampled.grid_width,
-              sampled.grid_height,
-              sampled.sample_rate_bit,
-              out.dx.data(),
-              out.dy.data()};
+RectifyLutInfo info_of(const SampledDistoLUT_s& sampled) {
+  return {static_cast<std::uint32_t>(std::int32_t{sampled.x_start}),
+          static_cast<std::uint32_t>(std::int32_t{sampled.y_start}),
+          static_cast<float>(sampled.fx),
+          static_cast<float>(sampled.fy),
+          static_cast<float>(sampled.cx),
+          static_cast<float>(sampled.cy),
+          sampled.grid_width,
+          sampled.grid_height,
+          sampled.sample_rate_bit,
+          sampled.dx,
+          sampled.dy};
 }
 
 }  // namespace
@@ -55,7 +49,7 @@ void take_grid(const SampledDistoLUT_s& sampled, UndistortionLut& out) {
 std::int32_t gen_undistortion_lut(std::int32_t model, const DeCameraIntrinsic_S& camera,
                                   std::span<const float, 8> distortion, double polynomial_param,
                                   const CalibInputConfig& config, UndistortionLut& out) {
-  const std::unique_ptr<CreateDistortionLUT> generator = make_generator(model);
+  std::unique_ptr<CreateDistortionLUT> generator = make_generator(model);
   if (!generator) {
     print_err("unsupported distortion model: %d\n", model);
     return kUnsupportedModel;
@@ -75,7 +69,7 @@ std::int32_t gen_undistortion_lut(std::int32_t model, const DeCameraIntrinsic_S&
 
   SampledDistoLUT_s sampled{};
   const int status = generator->GetDistortionLut(&sampled);
-  if (status == 0) take_grid(sampled, out);
+  if (status == 0) out = {info_of(sampled), std::move(generator)};
   return status;
 }
 

@@ -3,20 +3,20 @@
 #define VQ3900_CALIB_UNDISTORTION_LUT_API_H
 
 #include "vq3900_depth_engine.h"
+#include "vq3900_distortion_lut.h"
 
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
 
 #include "state/calib_input_state.h"
 
 namespace vq3900 {
 
-// A descriptor and the arrays that it points to.
+// A descriptor, and the generator that the arrays belong to.
 struct UndistortionLut {
   RectifyLutInfo info{};
-  std::vector<double> dx;
-  std::vector<double> dy;
+  std::unique_ptr<CreateDistortionLUT> generator;
 };
 
 // Generates the LUT of a camera: 0, or the library's status, whose text goes to standard error.

@@ -124,10 +124,11 @@ int32_t hand_over(vq3900::ImageBuild& image, FactoryAlign& factory, const Caller
                   const BuildLog& log) {
   const int64_t now = vq3900::calendar_time();
   const vq3900::HeaderStamp stamp = vq3900::header_stamp(timestamp >= 1 ? timestamp : now);
-  const std::vector<uint8_t> luts = image.finish_luts(stamp);
-  if (!buffers.lut.holds(luts.size()) && !luts.empty()) return too_small(buffers.lut, luts.size(), kLutBuffer, log);
-  if (!luts.empty()) buffers.lut.take(luts);
-  buffers.main.take(image.finish_main(stamp));
+  const std::size_t lut_size = image.lut_size();
+  if (lut_size > 0 && !buffers.lut.holds(lut_size)) return too_small(buffers.lut, lut_size, kLutBuffer, log);
+  const std::vector<uint8_t> main = image.finish_main(stamp);
+  image.finish_luts(stamp, {buffers.lut.data, lut_size});
+  buffers.main.take(main);
   factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
   return VQ3900_OK;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "flash/factory_file.h"
 #include "flash/image_build_api.h"
@@ -115,8 +116,13 @@ int32_t build(const CalibFlashInput_S& input, const char* path) {
 
   const vq3900::HeaderStamp stamp = vq3900::header_stamp(vq3900::calendar_time());
   if (!main.write(image.finish_main(stamp)) || !main.close()) return cannot_open(path);
-  return vq3900::run_steps([&] { return lut_file.write(image.finish_luts(stamp)); },
-                           [&] { return factory_side.write(factory.finish(stamp)); });
+  return vq3900::run_steps(
+      [&] {
+        std::vector<uint8_t> luts(image.lut_size());
+        image.finish_luts(stamp, luts);
+        return lut_file.write(luts);
+      },
+      [&] { return factory_side.write(factory.finish(stamp)); });
 }
 
 }  // namespace

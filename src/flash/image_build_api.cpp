@@ -129,8 +129,8 @@ std::vector<std::uint8_t> ImageBuild::finish_main(const HeaderStamp& stamp) {
   return std::move(main_);
 }
 
-std::vector<std::uint8_t> ImageBuild::finish_luts(const HeaderStamp& stamp) {
-  return luts_.directory().empty() ? std::vector<std::uint8_t>{} : luts_.finish(stamp);
+void ImageBuild::finish_luts(const HeaderStamp& stamp, std::span<std::uint8_t> to) {
+  if (!luts_.directory().empty()) luts_.finish(stamp, to);
 }
 
 }  // namespace vq3900

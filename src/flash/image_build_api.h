@@ -6,8 +6,10 @@
 #include "vq3900_depth_engine.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "flash/build_log_api.h"
@@ -56,9 +58,13 @@ class ImageBuild {
   // and ends the build with what it answers unless that is 0.
   std::int32_t add(const ConvertedCalibration& converted, const std::function<std::int32_t()>& before_lut);
 
-  // The finished main image and LUT file; the object is used up. The LUT file is empty when no configuration wants one.
+  // The finished main image; the object has none any more.
   std::vector<std::uint8_t> finish_main(const HeaderStamp& stamp);
-  std::vector<std::uint8_t> finish_luts(const HeaderStamp& stamp);
+
+  // Bytes of the LUT file: 0 when no configuration wants one.
+  std::size_t lut_size() const { return luts_.directory().empty() ? 0 : luts_.size(); }
+  // Writes the finished LUT file, which has that size.
+  void finish_luts(const HeaderStamp& stamp, std::span<std::uint8_t> to);
 
  private:
   std::vector<std::uint8_t> main_;

@@ -1,7 +1,6 @@
 #include "flash/lut_file.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace vq3900 {
 
@@ -11,8 +10,7 @@ namespace {
 void write_words(const HeldSection& section, std::span<std::uint8_t> to) {
   const std::span<const std::uint32_t> words = section.words.span();
   const std::size_t count = std::min(words.size(), to.size() / 4);
-  for (std::size_t i = 0; i < count; ++i)
-    store_little(words[i], &to[4 * i]);
+  store_little_words(words.first(count), to.data());
   std::fill(to.begin() + static_cast<std::ptrdiff_t>(4 * count), to.end(), std::uint8_t{0});
 }
 
@@ -45,12 +43,11 @@ std::size_t LutFile::size() const {
   return directory_.empty() ? kLutDirectoryRoom : kLutDirectoryRoom + data_.size();
 }
 
-std::vector<std::uint8_t> LutFile::finish(const HeaderStamp& stamp) {
+void LutFile::finish(const HeaderStamp& stamp, std::span<std::uint8_t> to) {
   directory_.close(stamp);
   close_section(data_, kLutDataSection, {0, 0, static_cast<std::uint32_t>(data_.size())}, stamp);
-  std::vector<std::uint8_t> file = std::move(directory_bytes_);
-  file.insert(file.end(), data_.begin(), data_.end());
-  return file;
+  std::ranges::copy(directory_bytes_, to.begin());
+  std::ranges::copy(data_, to.subspan(kLutDirectoryRoom).begin());
 }
 
 }  // namespace vq3900

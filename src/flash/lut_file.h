@@ -11,6 +11,7 @@
 #include "bytes/md5.h"
 #include "flash/calib_image.h"
 #include "flash/section_writer.h"
+#include "platform/raw_vector.h"
 #include "state/rectify_lut_state.h"
 
 namespace vq3900 {
@@ -33,13 +34,13 @@ class LutFile {
   // Bytes of the finished file: those of the directory alone while it has no record.
   std::size_t size() const;
 
-  // Closes both sections; the object is used up.
-  std::vector<std::uint8_t> finish(const HeaderStamp& stamp);
+  // Closes both sections and writes them, of size() bytes.
+  void finish(const HeaderStamp& stamp, std::span<std::uint8_t> to);
 
  private:
   std::vector<std::uint8_t> directory_bytes_;
   SectionWriter directory_;
-  std::vector<std::uint8_t> data_ = std::vector<std::uint8_t>(kShortHeaderSize, 0xFF);
+  RawVector<std::uint8_t> data_ = RawVector<std::uint8_t>(kShortHeaderSize, 0xFF);
   std::array<Md5Digest, kMostLutData> stored_{};
   std::size_t stored_count_ = 0;
 };

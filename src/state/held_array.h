@@ -25,16 +25,14 @@ class HeldArray {
 
   // Holds that many elements, all zero. False: no memory, and nothing is held.
   bool allocate(std::size_t count) {
-    release();
-    if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Element)) return false;
-    elements_ = new (std::nothrow) Element[count]();
-    size_ = elements_ == nullptr ? 0 : count;
-    return elements_ != nullptr;
+    if (!allocate_raw(count)) return false;
+    std::fill_n(elements_, count, Element{});
+    return true;
   }
 
   // Holds a copy of the elements. False: no memory, and nothing is held.
   bool assign(std::span<const Element> elements) {
-    if (!allocate(elements.size())) return false;
+    if (!allocate_raw(elements.size())) return false;
     std::copy(elements.begin(), elements.end(), elements_);
     return true;
   }
@@ -57,6 +55,14 @@ class HeldArray {
   std::span<const Element> span() const { return {elements_, size_}; }
 
  private:
+  bool allocate_raw(std::size_t count) {
+    release();
+    if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Element)) return false;
+    elements_ = new (std::nothrow) Element[count];
+    size_ = elements_ == nullptr ? 0 : count;
+    return elements_ != nullptr;
+  }
+
   Element* elements_ = nullptr;
   std::size_t size_ = 0;
 };

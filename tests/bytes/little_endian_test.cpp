@@ -89,6 +89,14 @@ TEST(LittleEndian, NegativeZeroAndNanKeepTheirBits) {
   EXPECT_EQ(ByteVector(stored.begin(), stored.end()), ByteVector(std::begin(nan), std::end(nan)));
 }
 
+TEST(LittleEndian, WordsLieOneBehindTheOther) {
+  const std::array<std::uint32_t, 2> words{0x12345678, 0xFEDCBA98};
+  ByteVector bytes(10, kUntouched);
+  store_little_words(words, bytes.data() + 1);
+  EXPECT_EQ(bytes, (ByteVector{kUntouched, 0x78, 0x56, 0x34, 0x12, 0x98, 0xBA, 0xDC, 0xFE, kUntouched}));
+  store_little_words({}, nullptr);
+}
+
 // What a machine of the other byte order does before it stores.
 TEST(LittleEndian, BytesReverse) {
   EXPECT_EQ(detail::reverse_bytes(std::uint8_t{0x12}), 0x12);

@@ -1,6 +1,10 @@
+#include "calib/module_settings_api.h"
+
 #include <gtest/gtest.h>
 
-#include "calib/module_settings_api.h"
+#include <cstdint>
+#include <utility>
+
 #include "state/engine.h"
 #include "support/capture.h"
 #include "support/engine_fixture.h"
@@ -33,10 +37,10 @@ struct Derived {
 
 class ModuleSettings : public EngineTest {
  protected:
-  static Outcome set(std::int32_t camera_mode, const Derived& derived, bool with_color = true) {
+  static Outcome set(std::int32_t camera_mode, Derived derived, bool with_color = true) {
     return outcome_of([&] {
       return set_rectify_d2c_params(
-          camera_mode, derived.rect, with_color ? &derived.d2c : nullptr, derived.luts, derived.depth);
+          camera_mode, derived.rect, with_color ? &derived.d2c : nullptr, std::move(derived.luts), derived.depth);
     });
   }
 };
@@ -67,7 +71,7 @@ TEST_F(ModuleSettings, SingleCameraSetsThePlaneAndCamera1Alone) {
 TEST_F(ModuleSettings, RelativeDepthSetsThePlane) {
   Derived derived;
   derived.depth.depth_mode = 0;
-  EXPECT_EQ(set(1, derived).code, 0);
+  EXPECT_EQ(set(1, std::move(derived)).code, 0);
   EXPECT_EQ(engine().basic.ref_plane_dist, 1000);
 }
 
@@ -86,7 +90,7 @@ TEST_F(ModuleSettings, RefusedCameraModeEndsItAtOnce) {
 TEST_F(ModuleSettings, RefusedBaselineEndsItBehindTheCameraMode) {
   Derived derived;
   derived.depth.baseline = 0.5F;
-  EXPECT_EQ(set(1, derived), (Outcome{-2, "check baseline!\n", ""}));
+  EXPECT_EQ(set(1, std::move(derived)), (Outcome{-2, "check baseline!\n", ""}));
   EXPECT_EQ(engine().basic.cam_mode, 1U);
   EXPECT_FALSE(engine().rectify.camera[1].kk_set);
 }

@@ -57,6 +57,12 @@ void add_directory_record(LutFile& file, std::uint8_t number) {
   std::ranges::fill(room, number);
 }
 
+ImageBytes finished(LutFile& file) {
+  ImageBytes bytes(file.size());
+  file.finish(kStamp, bytes);
+  return bytes;
+}
+
 TEST(LutFile, WithoutADirectoryRecordHasTheSizeOfTheDirectory) {
   const LutFile file;
   EXPECT_EQ(file.size(), 4096U);
@@ -78,7 +84,7 @@ TEST(LutFile, FinishedFileHoldsBothSections) {
   const Sections sections(4, 3);
   EXPECT_TRUE(file.add_data(header_of(1, 4, 3), sections.span()));
   EXPECT_TRUE(file.add_data(header_of(2, 2, 2), sections.span().first(2)));
-  const ImageBytes bytes = file.finish(kStamp);
+  const ImageBytes bytes = finished(file);
   expect_flash_section(bytes, flash::kDirectory, 2);
   EXPECT_EQ(record_at(bytes, flash::kDirectory, 1), ImageBytes(280, 0x22));
   expect_lut_data_section(bytes, 52 + 48 + 52 + 16);
@@ -99,7 +105,7 @@ TEST(LutFile, WordsThatAreNotHeldAreZeroAndWordsBeyondTheLengthStayOut) {
   const Sections sections(2, 3);
   EXPECT_TRUE(file.add_data(header_of(1, 2, 5), sections.span()));
   EXPECT_TRUE(file.add_data(header_of(2, 2, 1), sections.span()));
-  const ImageBytes bytes = file.finish(kStamp);
+  const ImageBytes bytes = finished(file);
   expect_words(lut_data_record(bytes, 0, 92),
                {{52, 0x100}, {56, 0x101}, {60, 0x102}, {64, 0}, {68, 0}, {72, 0x200}, {80, 0x202}, {84, 0}, {88, 0}});
   expect_words(lut_data_record(bytes, 92, 60), {{52, 0x100}, {56, 0x200}});

@@ -73,7 +73,6 @@ struct Range {
   double low;
   double high;
 };
-constexpr double kUnlimited = std::numeric_limits<double>::infinity();
 constexpr Range kRanges[] = {
     {kSwitch, 0, 1},
     {kChop, -32768, 32767},

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kMostPixels = 65535;
 constexpr double kRotationTolerance = 1e-3;
-constexpr double kLargest = 1e9;  // of any number: far beyond every lens and rig, far below the range of a float
+constexpr double kLargestNumber = 1e9;  // of any number: far beyond every lens and rig, far below the range of a float
 constexpr std::size_t kLongestQuote = 40;
 
 // A value as a message shows it: short, and without control characters.
@@ -49,7 +49,7 @@ double number_at(const Place& place, std::string_view text) {
   const Converted<double> number = to_double(trimmed);
   if (trimmed.empty() || number.length != trimmed.size()) place.fail(quoted_text(trimmed) + " is no number");
   if (!std::isfinite(number.value)) place.fail(quoted_text(trimmed) + " is not finite");
-  if (std::fabs(number.value) > kLargest) place.fail(quoted_text(trimmed) + " is too large");
+  if (std::fabs(number.value) > kLargestNumber) place.fail(quoted_text(trimmed) + " is too large");
   return number.value;
 }
 

@@ -15,7 +15,7 @@ namespace vq3900::tool {
 namespace {
 
 constexpr int kArrowsAcross = 28;
-constexpr double kMostHeight = 420;
+constexpr double kMapHeight = 420;
 
 Box image_of(const CameraView& camera) {
   return {0, 0, camera.width, camera.height};
@@ -153,7 +153,7 @@ double draw_displacements(SvgWriter& svg, Point corner, double width, double gap
   double bottom = corner.y;
   for (std::size_t i = 0; i < fields.size(); ++i) {
     const double x = corner.x + (i == 0 ? 0 : width + gap);
-    const PlotPanel panel({x, corner.y + 10}, width, kMostHeight, extent);
+    const PlotPanel panel({x, corner.y + 10}, width, kMapHeight, extent);
     svg.text("heading", {panel.box().x, corner.y}, fields[i].title);
     draw_field(svg, panel, fields[i]);
     bottom = std::max(bottom, panel.box().bottom() + 42);

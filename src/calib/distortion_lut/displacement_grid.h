@@ -2,10 +2,9 @@
 #ifndef VQ3900_CALIB_DISTORTION_LUT_DISPLACEMENT_GRID_H
 #define VQ3900_CALIB_DISTORTION_LUT_DISPLACEMENT_GRID_H
 
-#include <vector>
-
 #include "calib/distortion_lut/lut_grid.h"
 #include "calib/distortion_model.h"
+#include "platform/raw_vector.h"
 
 namespace vq3900 {
 
@@ -22,8 +21,8 @@ struct ImageSide {
 };
 
 struct DisplacementGrid {
-  std::vector<double> dx;  // row-major
-  std::vector<double> dy;
+  RawVector<double> dx;  // row-major
+  RawVector<double> dy;
 };
 
 // Samples the model. Displacements must encode to a signed number of 24 bits with 24 fraction bits: inside the image
