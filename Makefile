@@ -22,7 +22,7 @@ test: build ## Run all tests
 	@scripts/test dev
 
 test-asan: ## Run all tests under AddressSanitizer and UndefinedBehaviorSanitizer
-	@scripts/setup test
+	@scripts/setup test asan
 	@scripts/build asan
 	@scripts/test asan
 

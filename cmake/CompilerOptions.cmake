@@ -38,6 +38,9 @@ endif()
 
 if(VQ3900_SANITIZE)
   set(vq3900_sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    list(APPEND vq3900_sanitizers -fsanitize=float-cast-overflow) # no part of "undefined" there
+  endif()
   target_compile_options(vq3900_compiler_options INTERFACE ${vq3900_sanitizers})
   target_link_options(vq3900_compiler_options INTERFACE ${vq3900_sanitizers})
 endif()

@@ -1,10 +1,9 @@
-#include "calib/module_settings_api.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <utility>
 
+#include "calib/module_settings_api.h"
 #include "state/engine.h"
 #include "support/capture.h"
 #include "support/engine_fixture.h"
