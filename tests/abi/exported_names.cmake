@@ -30,7 +30,7 @@ else()
   string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
   foreach(line ${lines})
     string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" name "${line}")
-    if(name STREQUAL "VQ3900_2") # the version itself
+    if(name MATCHES "^VQ3900_2(@@VQ3900_2)?$") # the version itself, as one nm or the other writes it
       continue()
     endif()
     if(NOT name MATCHES "@@VQ3900_2$")

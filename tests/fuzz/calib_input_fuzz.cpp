@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "fuzz_config.h"
 #include "fuzz_support.h"
 #include "support/engine_reset.h"
 
@@ -37,6 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::int32_t loaded = load_input_configs_path(path.c_str());
   // A text ends at a zero byte where a file goes on.
   if (text.find('\0') == std::string::npos) fuzz::require(loaded == from_text);
+  fuzz::require(loaded == 0 || loaded == -2 || loaded == -3);
+  fuzz::require_explained(std::string(data, data + size), tool::ConfigKind::kCalib, loaded == 0, loaded == 0);
   if (loaded != 0) return 0;
 
   DeLogCallback log = [](const char*) {};

@@ -4,22 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <memory>
-#include <new>
-
-#include "state/engine.h"
+#include "support/engine_reset.h"
 
 namespace vq3900::test {
-
-// Puts the state back as it is at load, padding included.
-inline void reset_engine() {
-  Engine& state = engine();
-  release_held_memory(state);
-  std::destroy_at(&state);
-  std::memset(static_cast<void*>(&state), 0, sizeof state);
-  new (&state) Engine{};
-}
 
 class EngineTest : public testing::Test {
  protected:
