@@ -15,8 +15,8 @@ add_library(vq3900_compiler_options INTERFACE)
 # Floating point is part of the device contract: one rounding per operation, in the precision of its operands, never a
 # fused multiply-add.
 target_compile_options(vq3900_compiler_options INTERFACE -ffp-contract=off)
-if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  target_compile_options(vq3900_compiler_options INTERFACE -fexcess-precision=fast)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_SYSTEM_PROCESSOR MATCHES s390)
+  target_compile_options(vq3900_compiler_options INTERFACE -fexcess-precision=fast) # float stays float in standard C
 endif()
 
 set(vq3900_warnings -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion

@@ -159,7 +159,7 @@ ImageItem read_item(std::string name, std::span<const FieldLayout> layout, Bytes
   return item;
 }
 
-ImageField summary_field(std::string name, Bytes file, std::size_t offset, std::size_t size, std::string text) {
+ImageField summary_field(std::string name, Bytes file, std::size_t offset, std::size_t size, const std::string& text) {
   const Bytes bytes = file.subspan(offset, size);
   return {std::move(name), offset, text, text, {bytes.begin(), bytes.end()}};
 }

@@ -22,7 +22,7 @@ std::vector<FieldLayout> layouts_of(std::span<const LayoutRow<Record>> rows) {
 ImageItem read_item(std::string name, std::span<const FieldLayout> layout, Bytes file, std::size_t offset);
 
 // A part of a file of which a few words are said instead of its numbers.
-ImageField summary_field(std::string name, Bytes file, std::size_t offset, std::size_t size, std::string text);
+ImageField summary_field(std::string name, Bytes file, std::size_t offset, std::size_t size, const std::string& text);
 
 // "20 bytes, all 0x00", or with the digest that tells them apart.
 std::string bytes_summary(Bytes bytes);

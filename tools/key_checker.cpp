@@ -84,7 +84,7 @@ void KeyChecker::check_value(const KeyDescription& key, const IniField& field, c
 }
 
 std::string KeyChecker::expected(const KeyDescription& key) const {
-  const std::string values = accepted_(key, 0).text;
+  std::string values = accepted_(key, 0).text;
   switch (key.type) {
     case KeyType::kBool:
       return "true, false, 1 or 0";

@@ -54,7 +54,7 @@ std::string accepted_text(const KeyDescription& key, const AcceptedOf& accepted)
     default:
       break;
   }
-  const std::string values = accepted(key, 0).text;
+  std::string values = accepted(key, 0).text;
   if (key.count == 1) return values;
   std::string text = fmt::format("{} elements, each {}", key.count, values);
   for (std::size_t i = 1; i < key.count; ++i) {

@@ -7,11 +7,11 @@
 
 namespace vq3900::tool {
 
-std::string without_trace(const std::string& library_output) {
+std::string without_trace(const std::string& printed) {
   std::string text;
-  for (std::size_t at = 0; at < library_output.size();) {
-    const std::size_t end = std::min(library_output.find('\n', at), library_output.size() - 1);
-    const std::string line = library_output.substr(at, end - at + 1);
+  for (std::size_t at = 0; at < printed.size();) {
+    const std::size_t end = std::min(printed.find('\n', at), printed.size() - 1);
+    const std::string line = printed.substr(at, end - at + 1);
     const bool trace = line.starts_with("Md5_gen ") || line.starts_with("MD5Encode ") || line == "start MD5Encode!\n";
     if (!trace) text += line;
     at = end + 1;
@@ -19,8 +19,8 @@ std::string without_trace(const std::string& library_output) {
   return text;
 }
 
-void pass_on(const std::string& library_output, const std::string& path, const std::string& name) {
-  std::string text = without_trace(library_output);
+void pass_on(const std::string& printed, const std::string& path, const std::string& name) {
+  std::string text = without_trace(printed);
   for (std::size_t at = 0; !path.empty() && (at = text.find(path, at)) != std::string::npos; at += name.size())
     text.replace(at, path.size(), name);
   if (!text.empty() && text.back() != '\n') text += '\n';

@@ -7,10 +7,10 @@
 namespace vq3900::tool {
 
 // Without the trace of the digests.
-std::string without_trace(const std::string& library_output);
+std::string without_trace(const std::string& printed);
 
 // Passes on to standard error what the library printed, but for the trace; a file goes by the name that the user gave.
-void pass_on(const std::string& library_output, const std::string& path = "", const std::string& name = "");
+void pass_on(const std::string& printed, const std::string& path = "", const std::string& name = "");
 
 }  // namespace vq3900::tool
 

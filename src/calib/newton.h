@@ -37,10 +37,10 @@ std::optional<double> solve_radius(double target, const Function& f) {
 // A map of the plane and its derivative (Jacobian) in a point.
 struct PlaneSlope {
   Point value;
-  double xx;  // of x along x
-  double xy;  // of x along y
-  double yx;
-  double yy;
+  double xx = 0;  // of x along x
+  double xy = 0;  // of x along y
+  double yx = 0;
+  double yy = 0;
 };
 
 // Solves f(p) = target for p, starting at the target itself. Nothing when it does not settle, or settles beyond the

@@ -175,7 +175,7 @@ Converted<double> to_double(std::string_view text) {
 }
 
 std::string fixed_text(float value) {
-  std::array<char, 64> text;  // sign, 39 digits, point, 6 digits
+  std::array<char, 64> text{};  // sign, 39 digits, point, 6 digits
   const auto [end, error] =
       std::to_chars(text.data(), text.data() + text.size(), static_cast<double>(value), std::chars_format::fixed, 6);
   return {text.data(), end};

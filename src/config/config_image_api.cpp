@@ -163,7 +163,7 @@ bool gen_depth_engine_config_flash_file_de(de_config_flash_input* input, const c
     vq3900::print_out("error: create or open file failed, path=%s \n", vq3900::printable(path));
     return false;
   }
-  std::array<uint8_t, vq3900::kConfigImageSize> image;
+  std::array<uint8_t, vq3900::kConfigImageSize> image{};
   image.fill(0xFF);
   // A section that fails leaves the file empty and the call successful: the host looks at the file's size.
   if (build_image(*input, image)) file.write(image);

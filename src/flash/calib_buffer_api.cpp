@@ -159,6 +159,7 @@ int32_t build(const CalibFlashInput_S& input, const CallerBuffers& buffers, int6
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the file buffer is written as bytes
 int32_t gen_calib_flash_param_de(const CalibFlashInput_S* input, uint32_t* file_buffer, DeLogCallback* callback,
                                  int64_t file_buffer_size, void* lut_buffer, int lut_buffer_size, int64_t timestamp,
                                  void* factory_align_buffer, int factory_align_buffer_size) {
