@@ -220,6 +220,18 @@ TEST_F(CalibBufferFailure, LutBufferThatIsTooSmallIsFilledAndRefused) {
   }
 }
 
+TEST_F(CalibBufferFailure, WithoutLutsTheSizeOfTheirBufferDoesNotMatter) {
+  CalibInput input;
+  input.add(parallel(), plain_text());
+  ImageBytes main(20480);
+  DeLogCallback log = [](const char*) {};
+  auto* const buffer = reinterpret_cast<std::uint32_t*>(main.data());
+  EXPECT_EQ(outcome_of([&] {
+              return gen_calib_flash_param_de(&input.record(), buffer, &log, 20480, nullptr, -3, 1, nullptr, 0);
+            }).code,
+            0);
+}
+
 TEST_F(CalibBufferFailure, NegativeSizeOfTheLutBufferIsTooSmall) {
   CalibInput input;
   input.add(parallel(), plain_text(lut_settings()));

@@ -140,11 +140,11 @@ TEST(LutFile, DataFillTheirRoomAndNoMore) {
   const Sections sections(4, 1);
   LutFile fits;
   add_directory_record(fits, 1);
-  EXPECT_TRUE(fits.add_data(header_of(1, 4, (kRoom - 48 - 52) / 16), sections.span()));
-  EXPECT_LE(fits.size(), 4096U + kRoom);
+  EXPECT_TRUE(fits.add_data(header_of(1, 1, (kRoom - 48 - 52) / 4), sections.span().first(1)));
+  EXPECT_EQ(fits.size(), 4096U + kRoom);
   LutFile full;
   add_directory_record(full, 1);
-  EXPECT_FALSE(full.add_data(header_of(1, 4, (kRoom - 52) / 16 + 1), sections.span()));
+  EXPECT_FALSE(full.add_data(header_of(1, 1, (kRoom - 48 - 52) / 4 + 1), sections.span().first(1)));
   EXPECT_EQ(full.size(), 4096U + 48);
   EXPECT_FALSE(full.add_data(header_of(1, 4, 0xFFFFFFFF), sections.span()));
   EXPECT_TRUE(full.add_data(header_of(1, 4, 16), sections.span()));
