@@ -1,3 +1,5 @@
+#include "modules/d2d.h"
+
 #include "vq3900_depth_engine.h"
 
 #include <gtest/gtest.h>
@@ -200,6 +202,15 @@ TEST_F(D2d, ConstantsFollowTheBasicSetters) {
   EXPECT_EQ(outcome_of(convert_d2d_params_to_register_elements), silent_success());
   EXPECT_EQ(word_at(kReference), 0x10624DD3U);
   EXPECT_EQ(word_at(kPbf), 0x022F3D94U);
+}
+
+TEST_F(D2d, ClearedConstantsAreZero) {
+  set_ref_plane_dist(1000);
+  ASSERT_EQ(set_pbf_params(50, 600), 0);
+  ASSERT_EQ(convert_d2d_params_to_register_elements(), 0);
+  clear_depth_constants(engine().registers);
+  EXPECT_EQ(word_at(kReference), 0U);
+  EXPECT_EQ(word_at(kPbf), 0U);
 }
 
 TEST_F(D2d, ReciprocalIsFormedInDouble) {
