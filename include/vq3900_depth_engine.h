@@ -1888,7 +1888,7 @@ VQ3900_API int32_t de_update_gpm_params(const DeGpmParams_S* params);
  */
 VQ3900_API int32_t get_global_points_status(void* out);
 /**
- * @brief Copies the first three bytes of the decoded status, that is three bytes of its first word.
+ * @brief Copies the first three bytes of the decoded status: the three low bytes of its first word, lowest first.
  * @param[out] out Receives 3 bytes.
  * @retval 0 Copied.
  * @retval -2 @p out is null.

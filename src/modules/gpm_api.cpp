@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <span>
 
+#include "bytes/little_endian.h"
 #include "modules/gpm.h"
 #include "platform/diagnostics.h"
 #include "state/engine.h"
@@ -11,7 +13,7 @@ using vq3900::engine;
 
 namespace {
 
-// What the global-point entry hands back as status: the first three bytes of the record.
+// What the global-point entry hands back as status: the three low bytes of the record's first word, lowest first.
 constexpr std::size_t kShortStatusBytes = 3;
 
 }  // namespace
@@ -70,7 +72,9 @@ int32_t get_global_points_status(void* out) {
 
 int32_t de_copy_gp_status_params(void* out) {
   if (out == nullptr) return VQ3900_ERROR_ARGUMENT;
-  std::memcpy(out, &engine().gpm.status, kShortStatusBytes);
+  std::uint8_t first_word[sizeof(int32_t)];
+  vq3900::store_little(engine().gpm.status.status[0], first_word);
+  std::memcpy(out, first_word, kShortStatusBytes);
   return VQ3900_OK;
 }
 

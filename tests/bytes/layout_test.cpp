@@ -13,6 +13,7 @@
 #include <string>
 
 #include "support/byte_strings.h"
+#include "support/little_endian_memory.h"
 #include "support/registers.h"
 
 namespace vq3900::test {
@@ -46,6 +47,10 @@ struct Probe {
 static_assert(sizeof(Probe::Port) == 12 && offsetof(Probe::Port, speed) == 4);
 
 using Port = Probe::Port;
+
+NumberRuns numbers_of(const Port* /*type*/) {
+  return {{1, 2}, {2, 1}, {1, 4}, {4, 1}};
+}
 
 // In another order than the record's, and not aligned.
 constexpr auto kRows = std::to_array<LayoutRow<Probe>>({
@@ -93,8 +98,7 @@ void fill(Probe& probe) {
   probe.curve = {0.5, -0.25};
   probe.registers = {{{0x50001000, 0x00013030, 0x11223344}, {4, 5, 6}}};
   probe.element = {0x52080000, 0xFFFFFFFF, 1};
-  const std::uint8_t port[] = {0x21, 0x43, 0xAA, 0xBB, 0x04, 0x03, 0x02, 0x01, 0x55, 0x66, 0xCC, 0xDD};
-  std::memcpy(static_cast<void*>(&probe.port), port, sizeof port);
+  fill_from_little_endian(probe.port, {0x21, 0x43, 0xAA, 0xBB, 0x04, 0x03, 0x02, 0x01, 0x55, 0x66, 0xCC, 0xDD});
 }
 
 const ByteVector kBytes = {
@@ -170,7 +174,8 @@ TEST(Layout, PaddingTravelsIntoTheRecord) {
   Probe probe;
   std::memset(static_cast<void*>(&probe.port), 0x99, sizeof probe.port);
   read_record(kRows, ByteSpan(kBytes), probe);
-  EXPECT_EQ(bytes_of(probe.port), (ByteVector{0x21, 0x43, 0xAA, 0xBB, 0x04, 0x03, 0x02, 0x01, 0x99, 0x66, 0xCC, 0xDD}));
+  EXPECT_EQ(little_endian_bytes_of(probe.port),
+            (ByteVector{0x21, 0x43, 0xAA, 0xBB, 0x04, 0x03, 0x02, 0x01, 0x99, 0x66, 0xCC, 0xDD}));
 }
 
 TEST(Layout, FillerIsReadAsNothing) {

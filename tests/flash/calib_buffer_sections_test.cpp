@@ -15,8 +15,8 @@
 #include "support/capture.h"
 #include "support/engine_fixture.h"
 #include "support/image_files.h"
+#include "support/little_endian_memory.h"
 #include "support/lut_grids.h"
-#include "support/registers.h"
 
 namespace vq3900::test {
 namespace {
@@ -135,7 +135,7 @@ TEST_F(CalibBufferSections, FactorySectionHoldsTheCalibrationRecordsCameras) {
   std::ranges::copy(digest, expected.begin());
   std::ptrdiff_t at = 60;
   for (const DeCalibRecordCamera_S* const camera : {&calib.left_ir, &calib.right_ir, &calib.rgb}) {
-    std::ranges::copy(bytes_of(*camera), expected.begin() + at);
+    std::ranges::copy(little_endian_bytes_of(*camera), expected.begin() + at);
     at += 2016;
   }
   expect_same_bytes(record_at(build.factory, flash::kFactoryRecords, 0), expected);

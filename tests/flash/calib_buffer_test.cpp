@@ -13,7 +13,7 @@
 #include "support/capture.h"
 #include "support/engine_fixture.h"
 #include "support/image_files.h"
-#include "support/registers.h"
+#include "support/little_endian_memory.h"
 
 namespace vq3900::test {
 namespace {
@@ -144,7 +144,7 @@ TEST_F(CalibBuffer, RecordsAreTheConvertersResultAndTheTablesItLeft) {
   ASSERT_EQ(build.outcome.code, 0);
 
   const ImageBytes rectify = record_at(build.main, flash::kRectify, 0);
-  const ImageBytes rect = bytes_of(direct.rect);
+  const ImageBytes rect = little_endian_bytes_of(direct.rect);
   EXPECT_EQ(part(rectify, 724, 216), part(rect, 0, 216));
   EXPECT_EQ(part(rectify, 940, 24), part(rect, 220, 24));
   expect_table(rectify, 28, de_copy_rectify_params_register_table, 23);
@@ -152,12 +152,12 @@ TEST_F(CalibBuffer, RecordsAreTheConvertersResultAndTheTablesItLeft) {
   expect_table(rectify, 376, de_copy_sbg2r_params_register_table, 23);
   EXPECT_EQ(part(rectify, 652, 72), ImageBytes(72));
   const ImageBytes d2c = record_at(build.main, flash::kD2c, 0);
-  const ImageBytes color = bytes_of(direct.d2c);
+  const ImageBytes color = little_endian_bytes_of(direct.d2c);
   EXPECT_EQ(part(d2c, 176, 20), part(color, 0, 20));
   EXPECT_EQ(part(d2c, 196, 132), part(color, 40, 132));
   expect_table(d2c, 32, de_copy_d2c_params_register_table, 12);
   const ImageBytes d2d = record_at(build.main, flash::kD2d, 0);
-  EXPECT_EQ(part(d2d, 32, 28), bytes_of(direct.depth));
+  EXPECT_EQ(part(d2d, 32, 28), little_endian_bytes_of(direct.depth));
   expect_table(d2d, 60, de_copy_d2d_params_register_table, 2);
 }
 

@@ -14,6 +14,7 @@
 #include "support/calib_builds.h"
 #include "support/calib_images.h"
 #include "support/calib_samples.h"
+#include "support/little_endian_memory.h"
 #include "support/lut_grids.h"
 #include "support/numbers.h"
 #include "support/registers.h"
@@ -71,7 +72,7 @@ ImageBytes table_bytes(const Table& table) {
 
 template <typename Record>
 ImageBytes memory_of(const Record& record, std::size_t offset, std::size_t size) {
-  return part(bytes_of(record), offset, size);
+  return part(little_endian_bytes_of(record), offset, size);
 }
 
 TEST(RectifyRecordBytes, HoldKeyTablesAndTheConversionsResult) {
@@ -248,7 +249,7 @@ struct LutSamples : Samples {
 };
 
 ImageBytes descriptor_bytes(const RectifyLutInfo& info) {
-  return part(bytes_of(info), 0, 36);
+  return part(turned_numbers(bytes_of(info), {{9, 4}, {sizeof info - 36, 1}}), 0, 36);
 }
 
 TEST(LutDirectoryBytes, HoldKeyStartsDescriptorsAndTables) {

@@ -19,6 +19,7 @@
 #include "support/capture.h"
 #include "support/engine_fixture.h"
 #include "support/image_files.h"
+#include "support/little_endian_memory.h"
 #include "support/numbers.h"
 
 namespace vq3900::test {
@@ -114,8 +115,8 @@ TEST_P(GoldenImages, FactorySectionHolds) {
   expect_flash_section(factory, flash::kFactoryRecords, 1);
   const ImageBytes record = record_at(factory, flash::kFactoryRecords, 0);
   expect_digest(record, 0, 16, 20);
-  EXPECT_TRUE(part(record, 60, 2016) == bytes_of(calib.left_ir));
-  EXPECT_TRUE(part(record, 4092, 2016) == bytes_of(calib.rgb));
+  EXPECT_TRUE(part(record, 60, 2016) == little_endian_bytes_of(calib.left_ir));
+  EXPECT_TRUE(part(record, 4092, 2016) == little_endian_bytes_of(calib.rgb));
   expect_words(record,
                {{36, static_cast<std::uint32_t>(GetParam().calib().left_ir.width)},
                 {40, static_cast<std::uint32_t>(GetParam().calib().left_ir.height)}});

@@ -22,6 +22,7 @@
 #include "support/elements.h"
 #include "support/engine_fixture.h"
 #include "support/fields.h"
+#include "support/little_endian_memory.h"
 #include "support/registers.h"
 
 namespace vq3900::test {
@@ -223,14 +224,14 @@ FileBytes every_field() {
   return file;
 }
 
-// Every byte of the five records counts up, padding included.
+// Every byte of the five records counts up, padding included: those of a little-endian machine's memory.
 template <typename Record, std::int32_t (*Update)(const Record*)>
 Bytes store_counting(unsigned char first) {
   Bytes bytes(sizeof(Record));
   for (unsigned char& byte : bytes)
     byte = first++;
   Record record;
-  std::memcpy(static_cast<void*>(&record), bytes.data(), sizeof record);
+  fill_from_little_endian(record, bytes);
   EXPECT_EQ(Update(&record), 0);
   return bytes;
 }
@@ -313,7 +314,9 @@ TEST_F(SnapshotFile, CopyOutAnswersTheImportedRecords) {
   de_copy_extend_chop_params(&extend_chop);
   de_copy_disp_calc_params(&disparity);
   get_gpm_params(&gpm);
-  EXPECT_EQ(bytes_of(basic) + bytes_of(prefilter) + bytes_of(extend_chop) + bytes_of(disparity) + bytes_of(gpm), file);
+  EXPECT_EQ(little_endian_bytes_of(basic) + little_endian_bytes_of(prefilter) + little_endian_bytes_of(extend_chop) +
+                little_endian_bytes_of(disparity) + little_endian_bytes_of(gpm),
+            file);
 }
 
 TEST_F(SnapshotFile, ContentsAreNotCheckedAndEachImportReplacesTheLast) {

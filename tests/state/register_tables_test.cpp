@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "support/elements.h"
+#include "support/little_endian_memory.h"
 
 namespace vq3900::test {
 namespace {
@@ -24,8 +25,7 @@ Elements copied(const Copy& copy) {
 TEST(StartUpTables, ElementsAreThreeWordsWithoutGaps) {
   const DeRegElement_S elements[2]{{0x03020100, 0x07060504, 0x0B0A0908}, {0x0F0E0D0C, 0x13121110, 0x17161514}};
   ASSERT_EQ(sizeof elements, 24U);
-  Bytes bytes(sizeof elements);
-  std::memcpy(bytes.data(), elements, sizeof elements);
+  const Bytes bytes = turned_numbers(bytes_of(elements), {{6, 4}});
   for (std::size_t i = 0; i < bytes.size(); ++i)
     EXPECT_EQ(bytes[i], i);
 }

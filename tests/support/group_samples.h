@@ -22,7 +22,7 @@
 #include "support/de_input_text.h"
 #include "support/elements.h"
 #include "support/engine_fixture.h"
-#include "support/registers.h"
+#include "support/little_endian_memory.h"
 
 namespace vq3900::test {
 
@@ -185,7 +185,7 @@ inline std::string basic_text(const std::string& num, const std::string& version
 
 inline constexpr unsigned kCallersVersion = 0x77777777;
 
-// What a getter hands out, with all the array's records, beyond the count too.
+// What a getter hands out, with all the array's records, beyond the count too, their numbers little-endian.
 struct HandedOut {
   int count = -1;
   unsigned version = kCallersVersion;
@@ -199,7 +199,7 @@ HandedOut handed_out() {
   Item* items = nullptr;
   Get(items, out.count, out.version);
   for (std::size_t i = 0; i < Most; ++i)
-    out.items.push_back(bytes_of(items[i]));
+    out.items.push_back(little_endian_bytes_of(items[i]));
   return out;
 }
 
