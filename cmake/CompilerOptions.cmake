@@ -39,7 +39,8 @@ endif()
 if(VQ3900_SANITIZE)
   set(vq3900_sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    # The first is no part of "undefined" there; the second takes a pointer to a noexcept function for a wrong one.
+    # The first is no part of "undefined" there. The second objects to the few functions whose out-parameters C++ hosts
+    # see as references and the library as pointers.
     list(APPEND vq3900_sanitizers -fsanitize=float-cast-overflow -fno-sanitize=function)
   endif()
   target_compile_options(vq3900_compiler_options INTERFACE ${vq3900_sanitizers})
