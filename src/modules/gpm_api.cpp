@@ -1,9 +1,8 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
-#include "bytes/little_endian.h"
 #include "modules/gpm.h"
 #include "platform/diagnostics.h"
 #include "state/engine.h"
@@ -72,9 +71,10 @@ int32_t get_global_points_status(void* out) {
 
 int32_t de_copy_gp_status_params(void* out) {
   if (out == nullptr) return VQ3900_ERROR_ARGUMENT;
-  std::uint8_t first_word[sizeof(int32_t)];
-  vq3900::store_little(engine().gpm.status.status[0], first_word);
-  std::memcpy(out, first_word, kShortStatusBytes);
+  const auto first_word = static_cast<uint32_t>(engine().gpm.status.status[0]);
+  auto* const bytes = static_cast<uint8_t*>(out);
+  for (std::size_t i = 0; i < kShortStatusBytes; ++i)
+    bytes[i] = static_cast<uint8_t>(first_word >> (8 * i));
   return VQ3900_OK;
 }
 
