@@ -20,7 +20,6 @@ std::uint64_t wrap_to_u64(double value) {
 
 // The nearest integer, halves away from zero. The round() of one C library takes the number before 0.5 up to 1.
 double round_half_away(double value) {
-  constexpr double kBelowHalf = 0.49999999999999994;  // with 0.5 itself the sum would be rounded up to 1
   return std::trunc(value + std::copysign(kBelowHalf, value));
 }
 

@@ -18,6 +18,10 @@ constexpr std::uint32_t set_reg_field(std::uint32_t field, std::uint32_t reg, st
   return mask == 0 ? reg : ((field << std::countr_zero(mask)) & mask) | (reg & ~mask);
 }
 
+// 0.5 - 2^-54, the number before one half: what is added before truncation rounds halves away from zero. With 0.5 itself
+// the sum of the two would be rounded up to 1.
+inline constexpr double kBelowHalf = 0.49999999999999994;
+
 struct FixedFormat {
   std::uint32_t width = 0;     // N
   std::int32_t frac_bits = 0;  // F

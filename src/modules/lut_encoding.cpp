@@ -15,8 +15,6 @@ namespace vq3900 {
 
 namespace {
 
-constexpr double kBelowHalf = 0.49999999999999994;
-
 constexpr CodePath<EncodeTilesFunction> kPaths[] = {
 #if defined(VQ3900_X86_64_WIDE)
     {"avx2", cpu_has_avx2, encode_tiles_avx2},

@@ -13,7 +13,6 @@ namespace vq3900 {
 
 namespace {
 
-constexpr double kBelowHalf = 0.49999999999999994;
 constexpr int kFieldMask = kLutFieldMask;
 constexpr std::uint32_t kRange = 0x01000000;
 constexpr int kBeyond = -0x02000000;  // the bits that a rounded number in range has not, once the range is added
