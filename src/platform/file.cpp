@@ -1,8 +1,22 @@
 #include "platform/file.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace vq3900 {
+
+namespace {
+
+// A name of more than 255 characters with a line break in it is no file's on any system. Asking for it costs more than
+// to load the text that it is.
+bool may_name_file(const char* path) {
+  constexpr std::size_t kTooLong = 256;
+  if (std::memchr(path, '\0', kTooLong) != nullptr) return true;
+  const auto has = [path](char character) { return std::memchr(path, character, kTooLong) != nullptr; };
+  return !has('\n') || has('/') || has('\\');
+}
+
+}  // namespace
 
 std::optional<std::string> read_file(const char* path, std::size_t most) {
   if (path == nullptr) return std::nullopt;
@@ -27,7 +41,7 @@ std::optional<std::string> read_file(const char* path, std::size_t most) {
 }
 
 bool is_readable(const char* path) {
-  return read_file(path, 0).has_value();
+  return path != nullptr && may_name_file(path) && read_file(path, 0).has_value();
 }
 
 OutputFile::OutputFile(const char* path) : file_(path == nullptr ? nullptr : std::fopen(path, "wb")) {}

@@ -97,6 +97,32 @@ TEST(ReadFile, WhatCannotBeOpenedGivesNothingAndPrintsNothing) {
   }
 }
 
+TEST(IsReadable, IsAFileThatOpens) {
+  const TemporaryFile file("");
+  EXPECT_TRUE(is_readable(file.path()));
+  const std::string missing = testing::TempDir() + "vq3900_no_such_file";
+  const std::string folder = testing::TempDir();
+  for (const char* const path : {missing.c_str(), folder.c_str(), "", static_cast<const char*>(nullptr)})
+    EXPECT_FALSE(is_readable(path));
+}
+
+// Neither a long path nor a line break alone makes a text of it.
+TEST(IsReadable, TextsAreNoNamesAndLongPathsAre) {
+  const TemporaryFile file("");
+  const std::string name = std::string(file.path()).substr(testing::TempDir().size());
+  std::string path = testing::TempDir();
+  while (path.size() < 300)
+    path += "./";
+  const bool takes_long_paths = read_file((path + name).c_str()).has_value();
+  EXPECT_EQ(is_readable((path + name).c_str()), takes_long_paths);
+#ifndef _WIN32
+  EXPECT_TRUE(takes_long_paths);
+#endif
+  EXPECT_FALSE(is_readable((std::string(300, 'x') + "\n").c_str()));
+  EXPECT_FALSE(is_readable(("[a]\n" + std::string(251, 'x')).c_str()));
+  EXPECT_FALSE(is_readable(("[a]\n" + std::string(252, 'x')).c_str()));
+}
+
 // The bytes as the stream takes them.
 std::span<const std::uint8_t> as_bytes(const std::string& text) {
   return {static_cast<const std::uint8_t*>(static_cast<const void*>(text.data())), text.size()};
