@@ -28,7 +28,7 @@ void Md5_gen(const std::uint8_t* data, std::uint8_t* digest, std::uint32_t lengt
   if (data == nullptr || digest == nullptr || length == 0) return;
   const Md5Digest result = md5({data, length});
   std::ranges::copy(result, digest);
-  print_out("%s", kTrace);
+  put_out(kTrace);
 }
 
 }  // namespace vq3900

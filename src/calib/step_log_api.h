@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/diagnostics.h"
 
@@ -41,9 +42,12 @@ class StepLog {
   void pass(const char* text) const { (*callback_)(text); }
 
   // Prints a step's message with a line end and passes it on without one.
-  void step(const std::string& text) const {
-    print_err("%s\n", text.c_str());
-    pass(text.c_str());
+  void step(std::string_view text) const {
+    std::string line{text};
+    line += '\n';
+    put_err(line);
+    line.pop_back();
+    pass(line.c_str());
   }
 
  private:

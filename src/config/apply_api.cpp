@@ -29,7 +29,7 @@ uint32_t bits(int32_t value) {
 }
 
 int32_t refuse(int32_t code, const char* message) {
-  vq3900::print_out("%s", message);
+  vq3900::put_out(message);
   return code;
 }
 

@@ -22,7 +22,7 @@ class BuildLog {
 
   // Prints a text and passes it on.
   void say(const std::string& text) const {
-    print_out("%s", text.c_str());
+    put_out(text);
     if (callback_ != nullptr) pass(text.c_str());
   }
 

@@ -28,7 +28,7 @@ std::string numbered(std::string_view text, std::size_t number, std::int32_t cod
 std::int32_t report(const StepWording& wording, std::size_t number, std::int32_t code, const BuildLog& log) {
   const char* const printed = code == VQ3900_OK ? wording.done : wording.failed;
   const char* const passed = code == VQ3900_OK ? wording.done_passed : wording.failed_passed;
-  if (printed != nullptr) print_out("%s", numbered(printed, number, code).c_str());
+  if (printed != nullptr) put_out(numbered(printed, number, code));
   if (passed != nullptr) log.pass(passed);
   return code;
 }

@@ -21,6 +21,7 @@ using vq3900::D2dRecord;
 using vq3900::fixed_text;
 using vq3900::FocalBaseline;
 using vq3900::print_out;
+using vq3900::put_out;
 using vq3900::SectionRecords;
 
 using Bytes = std::vector<uint8_t>;
@@ -29,7 +30,7 @@ constexpr int32_t kCannotOpen = -1;
 constexpr std::size_t kPbfElement = 1;  // of the D2D register table
 
 int32_t refuse(const char* text) {
-  print_out("%s", text);
+  put_out(text);
   return VQ3900_ERROR_ARGUMENT;
 }
 

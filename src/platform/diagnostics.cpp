@@ -19,4 +19,12 @@ void print_err(const char* format, ...) {
   va_end(arguments);
 }
 
+void put_out(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void put_err(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
 }  // namespace vq3900

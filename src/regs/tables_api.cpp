@@ -14,7 +14,7 @@ namespace {
 
 int32_t copy_out(std::span<const DeRegElement_S> table, DeRegElement_S* dst, std::size_t count, const char* too_many) {
   if (count > table.size()) {
-    vq3900::print_err("%s", too_many);
+    vq3900::put_err(too_many);
     return VQ3900_ERROR_ARGUMENT;
   }
   if (count == 0) return VQ3900_OK;
@@ -26,7 +26,7 @@ int32_t copy_out(std::span<const DeRegElement_S> table, DeRegElement_S* dst, std
 int32_t merge(std::span<DeRegElement_S> table, const DeRegElement_S* src, std::size_t count, const char* too_many,
               Compare compare = Compare::kAddressAndMask) {
   if (count > table.size()) {
-    vq3900::print_err("%s", too_many);
+    vq3900::put_err(too_many);
     return VQ3900_ERROR_ARGUMENT;
   }
   if (count == 0) return VQ3900_OK;
