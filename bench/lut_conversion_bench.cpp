@@ -46,13 +46,13 @@ struct Grids {
 // Converts both grids, of that many cameras.
 void run(benchmark::State& state, Grids grids, int cameras) {
   vq3900::RectifyLut lut;
-  vq3900::hold_grid(
+  vq3900::copy_grid(
       {0, 0, 600, 600, 320, 200, grids.width, grids.height, kSampleBits, grids.dx.data(), grids.dy.data()}, lut);
   auto table = vq3900::startup::rectify_lut_info(kBlock);
   vq3900::HeldSection dx;
   vq3900::HeldSection dy;
-  dx.words.allocate(grids.samples());
-  dy.words.allocate(grids.samples());
+  dx.room.allocate(grids.samples());
+  dy.room.allocate(grids.samples());
   const vq3900::LutEvents silent{[](const vq3900::FixedOverflow&) {}, [](vq3900::LutProgress) {}};
   for (auto _ : state) {
     for (int camera = 0; camera < cameras; ++camera) {
@@ -61,9 +61,9 @@ void run(benchmark::State& state, Grids grids, int cameras) {
       benchmark::ClobberMemory();
     }
   }
-  vq3900::release_grid(lut);
-  dx.words.release();
-  dy.words.release();
+  lut.grid.release();
+  dx.room.release();
+  dy.room.release();
 }
 
 void convert(benchmark::State& state) {

@@ -7,7 +7,7 @@
 
 #include "modules/fixed_point.h"
 #include "modules/rectify.h"
-#include "modules/rectify_lut.h"
+#include "modules/rectify_map_api.h"
 #include "regs/steps.h"
 #include "state/engine.h"
 
@@ -25,7 +25,7 @@ void drop_corrections() {
     camera.kk_set = false;
   for (RectifyLut& lut : engine().rectify_lut.camera) {
     lut.map_set = false;
-    release_grid(lut);
+    lut.grid.release();
   }
 }
 
@@ -42,7 +42,6 @@ struct CameraHalf {
   const DeCameraIntrinsic_S& unrectified;
 };
 
-// Takes the LUT, whose memory is free again afterwards: the setter has a copy.
 std::int32_t set_camera(const CameraHalf& camera, std::uint8_t lut_status, UndistortionLut lut) {
   const std::array<float, 4> intrinsic = pinhole(camera.unrectified);
   const bool polynomial = lut_status == 0 || lut_status == 2;
@@ -53,7 +52,8 @@ std::int32_t set_camera(const CameraHalf& camera, std::uint8_t lut_status, Undis
     if (code != VQ3900_OK) return code;
   }
   if (!map) return VQ3900_OK;
-  return set_rectify_params_map(camera.id, &camera.rectified, &lut.info, camera.rotation, intrinsic.data());
+  return keep_rectify_params_map(
+      camera.id, camera.rectified, lut.info, camera.rotation, intrinsic.data(), grid_owner(std::move(lut.generator)));
 }
 
 std::int32_t set_projection(const DeCameraD2CParams_S& d2c) {

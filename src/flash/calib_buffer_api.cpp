@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -38,11 +37,33 @@ struct CallerBuffer {
   int64_t size;
 
   bool wanted() const { return data != nullptr; }
-  bool holds(std::size_t bytes) const { return size >= 0 && static_cast<uint64_t>(size) >= bytes; }
-  void clear() const {
-    if (wanted() && size > 0) std::fill_n(data, size, uint8_t{0xFF});
+  std::span<uint8_t> bytes() const {
+    return {data, wanted() && size > 0 ? static_cast<std::size_t>(size) : std::size_t{0}};
   }
-  void take(std::span<const uint8_t> bytes) const { std::copy(bytes.begin(), bytes.end(), data); }
+  bool holds(std::size_t bytes) const { return size >= 0 && static_cast<uint64_t>(size) >= bytes; }
+  void clear() const { std::ranges::fill(bytes(), uint8_t{0xFF}); }
+  void take(std::span<const uint8_t> taken) const { std::ranges::copy(taken, data); }
+};
+
+// The caller's memory while a part of the image grows in it. In the end it is 0xFF behind that part, and throughout
+// unless the part was completed.
+class GrowingBuffer {
+ public:
+  explicit GrowingBuffer(const CallerBuffer& buffer) : buffer_(buffer) {}
+  GrowingBuffer(const GrowingBuffer&) = delete;
+  GrowingBuffer& operator=(const GrowingBuffer&) = delete;
+  ~GrowingBuffer() {
+    if (started_) std::ranges::fill(buffer_.bytes().subspan(completed_), uint8_t{0xFF});
+  }
+
+  const CallerBuffer& buffer() const { return buffer_; }
+  void start() { started_ = true; }
+  void complete(std::size_t bytes) { completed_ = bytes; }
+
+ private:
+  CallerBuffer buffer_;
+  bool started_ = false;
+  std::size_t completed_ = 0;
 };
 
 // Says that a buffer is too small, and answers the code for it.
@@ -98,63 +119,55 @@ struct CallerBuffers {
   CallerBuffer factory;
 };
 
-// The step before a LUT: there must be a buffer for it, which is cleared once.
-class LutBufferStep {
- public:
-  LutBufferStep(const CallerBuffer& buffer, const BuildLog& log) : buffer_(buffer), log_(log) {}
-
-  int32_t operator()() {
-    if (!buffer_.wanted()) {
-      log_.say("error: lut_section_buffer not initialized\n");
-      return kLutBuffer;
-    }
-    if (!cleared_) buffer_.clear();
-    cleared_ = true;
-    return VQ3900_OK;
+// The step before a LUT: there must be a buffer for it.
+int32_t start_luts(GrowingBuffer& luts, const BuildLog& log) {
+  if (!luts.buffer().wanted()) {
+    log.say("error: lut_section_buffer not initialized\n");
+    return kLutBuffer;
   }
+  luts.start();
+  return VQ3900_OK;
+}
 
- private:
-  CallerBuffer buffer_;
-  BuildLog log_;
-  bool cleared_ = false;
-};
-
-// Closes all sections and hands them over, all or none.
-int32_t hand_over(vq3900::ImageBuild& image, FactoryAlign& factory, const CallerBuffers& buffers, int64_t timestamp,
-                  const BuildLog& log) {
-  const int64_t now = vq3900::calendar_time();
-  const vq3900::HeaderStamp stamp = vq3900::header_stamp(timestamp >= 1 ? timestamp : now);
-  const std::size_t lut_size = image.lut_size();
-  if (lut_size > 0 && !buffers.lut.holds(lut_size)) return too_small(buffers.lut, lut_size, kLutBuffer, log);
-  const std::vector<uint8_t> main = image.finish_main(stamp);
-  image.finish_luts(stamp, {buffers.lut.data, lut_size});
-  buffers.main.take(main);
-  factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
+// Adds every configuration to the image.
+int32_t add_all(const CalibFlashInput_S& input, vq3900::ImageBuild& image, FactoryAlign& factory, GrowingBuffer& luts,
+                const BuildLog& log) {
+  for (std::size_t i = 0; i < input.config_file_num; ++i) {
+    ConvertedCalibration converted;
+    const int32_t code =
+        vq3900::run_steps([&] { return vq3900::convert_calibration(input, i, kWording, log, converted); },
+                          [&] { return image.add(converted, [&] { return start_luts(luts, log); }); });
+    if (code != VQ3900_OK) return code;
+    factory.add(*input.calib_records[i]);
+  }
   return VQ3900_OK;
 }
 
 int32_t build(const CalibFlashInput_S& input, const CallerBuffers& buffers, int64_t timestamp, const BuildLog& log) {
-  vq3900::ImageBuild image{input, log};
   FactoryAlign factory{buffers.factory, input.config_file_num};
   const std::size_t image_size = vq3900::calib_image_size(input);
   if (!buffers.main.holds(image_size)) return too_small(buffers.main, image_size, VQ3900_ERROR_ARGUMENT, log);
   if (!factory.fits()) return too_small(buffers.factory, factory.size(), VQ3900_ERROR_ARGUMENT, log);
-  buffers.main.clear();
+  GrowingBuffer main{buffers.main};
+  GrowingBuffer luts{buffers.lut};
+  main.start();
+  const std::span<uint8_t> main_image = buffers.main.bytes().first(image_size);
+  std::ranges::fill(main_image, uint8_t{0xFF});
   buffers.factory.clear();
   // A conversion may keep the reference plane of the one before it: the first of an image finds none, so that the same
   // input gives the same image.
   vq3900::clear_depth_constants(vq3900::engine().registers);
 
-  LutBufferStep before_lut{buffers.lut, log};
-  for (std::size_t i = 0; i < input.config_file_num; ++i) {
-    ConvertedCalibration converted;
-    const int32_t code =
-        vq3900::run_steps([&] { return vq3900::convert_calibration(input, i, kWording, log, converted); },
-                          [&] { return image.add(converted, std::ref(before_lut)); });
-    if (code != VQ3900_OK) return code;
-    factory.add(*input.calib_records[i]);
-  }
-  return hand_over(image, factory, buffers, timestamp, log);
+  vq3900::ImageBuild image{input, {main_image, buffers.lut.bytes()}, log};
+  if (const int32_t code = add_all(input, image, factory, luts, log); code != VQ3900_OK) return code;
+  const int64_t now = vq3900::calendar_time();
+  const std::size_t lut_size = image.lut_size();
+  if (lut_size > 0 && !buffers.lut.holds(lut_size)) return too_small(buffers.lut, lut_size, kLutBuffer, log);
+  image.finish(vq3900::header_stamp(timestamp >= 1 ? timestamp : now));
+  main.complete(image_size);
+  luts.complete(lut_size);
+  factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
+  return VQ3900_OK;
 }
 
 }  // namespace

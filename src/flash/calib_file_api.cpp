@@ -13,6 +13,7 @@
 #include "platform/clock.h"
 #include "platform/diagnostics.h"
 #include "platform/file.h"
+#include "platform/raw_vector.h"
 #include "regs/steps.h"
 
 namespace {
@@ -103,7 +104,9 @@ int32_t build(const CalibFlashInput_S& input, const char* path) {
   const bool wants_factory = !calibs.empty() && has_bin_extension(calibs.front());
   if (wants_factory && factory_side.create() != VQ3900_OK) return kCannotOpen;
 
-  vq3900::ImageBuild image{input, {}};
+  std::vector<uint8_t> main_image(vq3900::calib_image_size(input), 0xFF);
+  vq3900::RawVector<uint8_t> luts(vq3900::kLargestLutFile);
+  vq3900::ImageBuild image{input, {main_image, luts}, {}};
   vq3900::FactoryFile factory;
   for (std::size_t i = 0; i < configs.size(); ++i) {
     vq3900::ConvertedCalibration converted;
@@ -115,14 +118,10 @@ int32_t build(const CalibFlashInput_S& input, const char* path) {
   }
 
   const vq3900::HeaderStamp stamp = vq3900::header_stamp(vq3900::calendar_time());
-  if (!main.write(image.finish_main(stamp)) || !main.close()) return cannot_open(path);
-  return vq3900::run_steps(
-      [&] {
-        std::vector<uint8_t> luts(image.lut_size());
-        image.finish_luts(stamp, luts);
-        return lut_file.write(luts);
-      },
-      [&] { return factory_side.write(factory.finish(stamp)); });
+  image.finish(stamp);
+  if (!main.write(main_image) || !main.close()) return cannot_open(path);
+  return vq3900::run_steps([&] { return lut_file.write(std::span{luts}.first(image.lut_size())); },
+                           [&] { return factory_side.write(factory.finish(stamp)); });
 }
 
 }  // namespace

@@ -123,7 +123,7 @@ LutDataHeader lut_data_header(const LutDirectoryRecord& directory, std::uint32_t
 
 std::uint32_t stored_sections(const CalibInputConfig& config, const RectifyLutState& luts) {
   const std::uint32_t sections = is_stereo_camera_type(config.cam_type) ? 4 : 2;
-  const auto held = [](const HeldSection& section) { return section.words.held(); };
+  const auto held = [](const HeldSection& section) { return section.room.held(); };
   return std::all_of(luts.sections.begin(), luts.sections.begin() + sections, held) ? sections : 0;
 }
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <iterator>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "bytes/md5_gen_api.h"
 #include "regs/steps.h"
@@ -91,11 +91,12 @@ std::int32_t add_lut(const RectifyRecord& rectify, LutFile& luts, const BuildLog
   return added ? VQ3900_OK : too_many_records(log, kLutDataSection.name);
 }
 
-ImageBuild::ImageBuild(const CalibFlashInput_S& input, const BuildLog& log)
-    : main_(calib_image_size(input), 0xFF),
+ImageBuild::ImageBuild(const CalibFlashInput_S& input, const ImageMemory& memory, const BuildLog& log)
+    : main_(memory.main),
       rectify_(main_, kRectifySection),
       d2c_(main_, kCalibD2cSection),
       d2d_(main_, kCalibD2dSection),
+      luts_(memory.luts),
       log_(log),
       alignment_(has_alignment_section(input)) {}
 
@@ -115,7 +116,7 @@ std::int32_t ImageBuild::add(const ConvertedCalibration& converted, const std::f
       });
 }
 
-std::vector<std::uint8_t> ImageBuild::finish_main(const HeaderStamp& stamp) {
+void ImageBuild::finish(const HeaderStamp& stamp) {
   rectify_.close(stamp);
   d2c_.close(stamp);
   d2d_.close(stamp);
@@ -126,11 +127,7 @@ std::vector<std::uint8_t> ImageBuild::finish_main(const HeaderStamp& stamp) {
     }
     alignment.close(stamp);
   }
-  return std::move(main_);
-}
-
-void ImageBuild::finish_luts(const HeaderStamp& stamp, std::span<std::uint8_t> to) {
-  if (!luts_.directory().empty()) luts_.finish(stamp, to);
+  if (!luts_.directory().empty()) luts_.finish(stamp);
 }
 
 }  // namespace vq3900

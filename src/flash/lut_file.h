@@ -11,14 +11,20 @@
 #include "bytes/md5.h"
 #include "flash/calib_image.h"
 #include "flash/section_writer.h"
-#include "platform/raw_vector.h"
 #include "state/rectify_lut_state.h"
 
 namespace vq3900 {
 
+// The memory of the largest file.
+inline constexpr std::size_t kLargestLutFile = std::size_t{kLutDirectoryRoom} + kLutDataRoom;
+
 class LutFile {
  public:
-  LutFile() : directory_bytes_(kLutDirectoryRoom, 0xFF), directory_(directory_bytes_, kLutDirectorySection) {}
+  // The file's memory. A file that it does not hold is counted but not written.
+  explicit LutFile(std::span<std::uint8_t> memory)
+      : memory_(memory),
+        directory_bytes_(kLutDirectoryRoom, 0xFF),
+        directory_(directory_bytes_, kLutDirectorySection) {}
   LutFile(const LutFile&) = delete;
   LutFile& operator=(const LutFile&) = delete;
 
@@ -31,16 +37,17 @@ class LutFile {
   // Stores the words of the sections behind the header; words that are not there are 0. False: no place or no room.
   bool add_data(const LutDataHeader& header, std::span<const HeldSection> sections);
 
-  // Bytes of the finished file: those of the directory alone while it has no record.
-  std::size_t size() const;
+  // Bytes of the file: those of the directory alone while it has no record.
+  std::size_t size() const { return directory_.empty() ? kLutDirectoryRoom : kLutDirectoryRoom + data_size_; }
 
-  // Closes both sections and writes them, of size() bytes.
-  void finish(const HeaderStamp& stamp, std::span<std::uint8_t> to);
+  // Closes both sections. The memory must hold size() bytes.
+  void finish(const HeaderStamp& stamp);
 
  private:
+  std::span<std::uint8_t> memory_;
   std::vector<std::uint8_t> directory_bytes_;
   SectionWriter directory_;
-  RawVector<std::uint8_t> data_ = RawVector<std::uint8_t>(kShortHeaderSize, 0xFF);
+  std::size_t data_size_ = kShortHeaderSize;
   std::array<Md5Digest, kMostLutData> stored_{};
   std::size_t stored_count_ = 0;
 };

@@ -29,14 +29,16 @@ EncodeTilesFunction* fastest() {
   return std::ranges::find_if(kPaths, [](const auto& path) { return path.supported(); })->run;
 }
 
-void encode_up_to_overflow(const double* rows, std::size_t stride, const char* name, std::uint32_t* words,
-                           OverflowHandler on_overflow) {
+// A tile with an overflow: the number of the sample.
+std::size_t encode_up_to_overflow(const double* rows, std::size_t stride, const char* name, std::uint32_t* words,
+                                  OverflowHandler on_overflow) {
   for (std::size_t i = 0; i < kLutTileWords; ++i) {
     const double value = rows[i / kLutTile * stride + i % kLutTile];
     const std::uint32_t word = encode_fixed(value, {24, 24, name}, on_overflow);
-    if (word == kOverflowed) return;
+    if (word == kOverflowed) return i;
     words[i] = word;
   }
+  return kLutTileWords;
 }
 
 }  // namespace
@@ -45,18 +47,19 @@ std::span<const CodePath<EncodeTilesFunction>> encode_tiles_paths() {
   return kPaths;
 }
 
-bool encode_tiles(const double* grid, LutGridSize size, const char* name, std::uint32_t* words,
-                  OverflowHandler on_overflow) {
+std::size_t encode_tiles(const double* grid, LutGridSize size, const char* name, std::uint32_t* words,
+                         OverflowHandler on_overflow) {
   EncodeTilesFunction* const encode = fastest();
   const std::size_t tiles = size.width / kLutTile;
+  std::size_t written = 0;
   for (std::size_t row = 0; row < size.height; row += kLutTile, grid += kLutTile * size.width) {
-    const std::size_t encoded = encode(grid, size.width, tiles, words);
-    words += encoded * kLutTileWords;
+    const std::size_t encoded = encode(grid, size.width, tiles, words + written);
+    written += encoded * kLutTileWords;
     if (encoded == tiles) continue;
-    encode_up_to_overflow(grid + encoded * kLutTile, size.width, name, words, on_overflow);
-    return false;
+    const double* const overflowing = grid + encoded * kLutTile;
+    return written + encode_up_to_overflow(overflowing, size.width, name, words + written, on_overflow);
   }
-  return true;
+  return written;
 }
 
 std::size_t encode_tiles_portable(const double* rows, std::size_t stride, std::size_t tiles, std::uint32_t* words) {

@@ -22,9 +22,10 @@ struct LutGridSize {
   std::size_t height;
 };
 
-// Encodes a row-major grid, tile row by tile row; in a tile row by row. False: an overflow, at which it ends.
-bool encode_tiles(const double* grid, LutGridSize size, const char* name, std::uint32_t* words,
-                  OverflowHandler on_overflow);
+// Encodes a row-major grid, tile row by tile row; in a tile row by row. Ends at an overflow, and tells how many words
+// it has written: fewer than the grid has samples.
+std::size_t encode_tiles(const double* grid, LutGridSize size, const char* name, std::uint32_t* words,
+                         OverflowHandler on_overflow);
 
 // Encodes tiles that lie side by side in four rows, each that many samples behind the one before. Ends before the first
 // tile with an overflow, of which it writes nothing, and tells how many it has encoded.

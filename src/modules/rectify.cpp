@@ -114,7 +114,7 @@ LutFault encode_map(RectifyLutState& luts, std::size_t camera, const LutTarget& 
   RectifyLut& lut = luts.camera[camera];
   if (!lut.map_set) return LutFault::kNone;
   const LutFault fault = encode_lut(lut, luts.camera[1].info.sample_rate_bit, target, events);
-  if (fault == LutFault::kNone) release_grid(lut);
+  if (fault == LutFault::kNone) lut.grid.release();
   return fault;
 }
 

@@ -1,8 +1,10 @@
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "modules/fixed_point_api.h"
 #include "modules/rectify.h"
+#include "modules/rectify_map_api.h"
 #include "platform/diagnostics.h"
 #include "state/engine.h"
 #include "state/record_copy.h"
@@ -65,11 +67,11 @@ int32_t report(const vq3900::RectifyConversion& result) {
 void print_progress(vq3900::LutProgress progress) {
   switch (progress) {
     case vq3900::LutProgress::kDx:
-      return vq3900::print_out("convert lut_dx from float to register \n");
+      return vq3900::put_out("convert lut_dx from float to register \n");
     case vq3900::LutProgress::kDy:
-      return vq3900::print_out("convert lut_dy from float to register \n");
+      return vq3900::put_out("convert lut_dy from float to register \n");
     case vq3900::LutProgress::kEnd:
-      return vq3900::print_out("convert lut_dx and lut_dy end \n");
+      return vq3900::put_out("convert lut_dx and lut_dy end \n");
   }
 }
 
@@ -84,6 +86,23 @@ std::optional<uint32_t> store_common(uint32_t cam_id, const RectifyIntrinsic& ne
   rectify.camera[index].matrix =
       vq3900::back_projection(std::span<const float, 9>{rotation, 9}, std::span<const float, 4>{intrinsic, 4});
   return index;
+}
+
+// Stores what a map setter is given. `hold` puts the grid into the camera's state; false: no memory for it.
+template <typename Hold>
+int32_t set_map(uint32_t cam_id, const RectifyIntrinsic& new_intrinsic, const RectifyLutInfo& lut,
+                const float* rotation, const float* intrinsic, Hold hold) {
+  const auto index = store_common(cam_id, new_intrinsic, rotation, intrinsic);
+  if (!index) return VQ3900_ERROR_ARGUMENT;
+  if (lut.sample_rate_bit < vq3900::kMinSampleRateBit) {
+    vq3900::print_err("sample_rate_bit >=3 ! \n");  // what is required, not what was found
+    return VQ3900_ERROR_ARGUMENT;                   // intrinsics and matrix stay stored
+  }
+  vq3900::RectifyLutState& luts = engine().rectify_lut;
+  if (!hold(luts.camera[*index])) return VQ3900_ERROR_ARGUMENT;
+  luts.camera[*index].map_set = true;
+  luts.length = lut.lut_width * lut.lut_height;
+  return VQ3900_OK;
 }
 
 }  // namespace
@@ -157,17 +176,18 @@ int32_t set_rectify_params_map(uint32_t cam_id, const RectifyIntrinsic* new_intr
   if (new_intrinsic == nullptr || lut == nullptr || rotation == nullptr || intrinsic == nullptr) {
     return VQ3900_ERROR_ARGUMENT;
   }
-  const auto index = store_common(cam_id, *new_intrinsic, rotation, intrinsic);
-  if (!index) return VQ3900_ERROR_ARGUMENT;
-  if (lut->sample_rate_bit < vq3900::kMinSampleRateBit) {
-    vq3900::print_err("sample_rate_bit >=3 ! \n");  // what is required, not what was found
-    return VQ3900_ERROR_ARGUMENT;                   // intrinsics and matrix stay stored
-  }
-  vq3900::RectifyLutState& luts = engine().rectify_lut;
-  if (!vq3900::hold_grid(*lut, luts.camera[*index])) return VQ3900_ERROR_ARGUMENT;
-  luts.camera[*index].map_set = true;
-  luts.length = lut->lut_width * lut->lut_height;
-  return VQ3900_OK;
+  return set_map(cam_id, *new_intrinsic, *lut, rotation, intrinsic, [lut](vq3900::RectifyLut& held) {
+    return vq3900::copy_grid(*lut, held);
+  });
+}
+
+int32_t vq3900::keep_rectify_params_map(uint32_t cam_id, const RectifyIntrinsic& new_intrinsic,
+                                        const RectifyLutInfo& lut, const float* rotation, const float* intrinsic,
+                                        GridOwner owner) {
+  return set_map(cam_id, new_intrinsic, lut, rotation, intrinsic, [&](RectifyLut& held) {
+    keep_grid(lut, std::move(owner), held);
+    return true;
+  });
 }
 
 int32_t de_get_lut_len(uint32_t* out) {
@@ -188,7 +208,7 @@ int32_t de_copy_rectify_lut_register_section(LutSection* out, uint8_t section_nu
   const auto held = std::span{luts.sections}.first(section_num);
   const std::span<LutSection> sections{out, section_num};
   for (std::size_t i = 0; i < held.size(); ++i) {
-    const bool writes = held[i].words.held() && luts.length > 0;
+    const bool writes = held[i].room.held() && luts.length > 0;
     if (writes && sections[i].data == nullptr) return VQ3900_ERROR_ARGUMENT;
   }
   for (std::size_t i = 0; i < held.size(); ++i)

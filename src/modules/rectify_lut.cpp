@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "modules/lut_encoding.h"
 
@@ -54,7 +55,8 @@ std::size_t samples(const Info& info) {
 }
 
 void drop(HeldSection& section) {
-  section.words.release();
+  section.room.release();
+  section.encoded = 0;
   section.address = 0;
   section.count = 0;
 }
@@ -64,10 +66,17 @@ void place_section(HeldSection& section, const Info& info, std::uint32_t address
   section.count = info.lut_height * info.lut_width;
 }
 
-bool encode_section(const HeldArray<double>& grid, const Info& info, const char* name, HeldSection& section,
+bool encode_section(const double* grid, const Info& info, const char* name, HeldSection& section,
                     OverflowHandler on_overflow) {
-  return encode_tiles(
-      grid.span().data(), {info.lut_width, info.lut_height}, name, section.words.span().data(), on_overflow);
+  section.encoded =
+      encode_tiles(grid, {info.lut_width, info.lut_height}, name, section.room.span().data(), on_overflow);
+  return section.encoded == samples(info);
+}
+
+void store_descriptor(const Info& info, RectifyLut& lut) {
+  lut.info = info;
+  lut.info.dx = nullptr;
+  lut.info.dy = nullptr;
 }
 
 }  // namespace
@@ -76,26 +85,15 @@ std::span<const Field<RectifyLutInfo>> rectify_lut_info_fields() {
   return kFields;
 }
 
-bool hold_grid(const RectifyLutInfo& info, RectifyLut& lut) {
-  const std::size_t count = samples(info);
-  HeldArray<double> dx;
-  HeldArray<double> dy;
-  if (info.dx != nullptr && !dx.assign({info.dx, count})) return false;
-  if (info.dy != nullptr && !dy.assign({info.dy, count})) {
-    dx.release();
-    return false;
-  }
-  lut.info = info;
-  lut.info.dx = nullptr;
-  lut.info.dy = nullptr;
-  lut.dx.take(dx);
-  lut.dy.take(dy);
+bool copy_grid(const RectifyLutInfo& info, RectifyLut& lut) {
+  if (!lut.grid.assign(info.dx, info.dy, samples(info))) return false;
+  store_descriptor(info, lut);
   return true;
 }
 
-void release_grid(RectifyLut& lut) {
-  lut.dx.release();
-  lut.dy.release();
+void keep_grid(const RectifyLutInfo& info, GridOwner owner, RectifyLut& lut) {
+  lut.grid.keep(info.dx, info.dy, std::move(owner));
+  store_descriptor(info, lut);
 }
 
 bool prepare_sections(RectifyLutState& state) {
@@ -108,7 +106,7 @@ bool prepare_sections(RectifyLutState& state) {
   if (std::max(camera_1, camera_0) > kMostSamples) return false;
   for (std::size_t i = 0; i < state.sections.size(); ++i) {
     HeldSection& section = state.sections[i];
-    if (!section.words.allocate(rooms[i])) {
+    if (!section.room.allocate(rooms[i])) {
       std::for_each(state.sections.begin(), state.sections.end(), drop);
       return false;
     }
@@ -120,8 +118,8 @@ bool prepare_sections(RectifyLutState& state) {
 void hand_out(HeldSection& section, std::uint32_t length, LutSection& out) {
   out.address = section.address;
   out.count = section.count;
-  if (!section.words.held()) return;
-  const auto words = section.words.span();
+  if (!section.room.held()) return;
+  const auto words = section.words();
   const std::size_t copied = std::min<std::size_t>(length, words.size());
   std::copy_n(words.begin(), copied, out.data);
   std::fill_n(out.data + copied, length - copied, 0U);
@@ -134,14 +132,14 @@ LutFault encode_lut(const RectifyLut& lut, std::uint32_t camera_1_sample_rate_bi
   if (info.lut_width % kLutTile != 0 || info.lut_height % kLutTile != 0) return LutFault::kSize;
   info.sample_rate_bit = camera_1_sample_rate_bit;
   if (!encode_fields_until_overflow(kFields, info, target.table, events.on_overflow)) return LutFault::kOverflow;
-  if (!lut.dx.held() || !lut.dy.held()) return LutFault::kGridMissing;
+  if (lut.grid.dx() == nullptr || lut.grid.dy() == nullptr) return LutFault::kGridMissing;
 
   place_section(target.dx, info, target.block + kDxOffset);
   place_section(target.dy, info, target.block + kDyOffset);
   events.on_progress(LutProgress::kDx);
-  if (!encode_section(lut.dx, info, "lut_dx", target.dx, events.on_overflow)) return LutFault::kOverflow;
+  if (!encode_section(lut.grid.dx(), info, "lut_dx", target.dx, events.on_overflow)) return LutFault::kOverflow;
   events.on_progress(LutProgress::kDy);
-  if (!encode_section(lut.dy, info, "lut_dy", target.dy, events.on_overflow)) return LutFault::kOverflow;
+  if (!encode_section(lut.grid.dy(), info, "lut_dy", target.dy, events.on_overflow)) return LutFault::kOverflow;
   events.on_progress(LutProgress::kEnd);
   return LutFault::kNone;
 }

@@ -36,14 +36,16 @@ struct LutTarget {
 };
 
 // Takes a grid over: descriptor and copies of the arrays; a missing array stays missing. False: no memory.
-bool hold_grid(const RectifyLutInfo& info, RectifyLut& lut);
-void release_grid(RectifyLut& lut);
+bool copy_grid(const RectifyLutInfo& info, RectifyLut& lut);
 
-// Allocates the four sections anew, all zero, each counted as camera 1's grid. False: no memory.
+// The same with the arrays themselves and their owner.
+void keep_grid(const RectifyLutInfo& info, GridOwner owner, RectifyLut& lut);
+
+// Allocates the four sections anew, without a word, each counted as camera 1's grid. False: no memory.
 bool prepare_sections(RectifyLutState& state);
 
-// Hands a section out, as many words as the grid given last has samples, and releases it. Words that are not held are
-// 0; a section that was never prepared has no address, no count, and no words at all.
+// Hands a section out, as many words as the grid given last has samples, and releases it. Words that were not encoded
+// are 0; a section that was never prepared has no address, no count, and no words at all.
 void hand_out(HeldSection& section, std::uint32_t length, LutSection& out);
 
 // Converts a grid. The sample rate written is camera 1's, whichever camera's grid it is. Up to the fault everything is

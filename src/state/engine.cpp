@@ -7,14 +7,12 @@ constinit Engine process_engine;
 }
 
 void release_held_memory(Engine& engine) {
-  for (RectifyLut& lut : engine.rectify_lut.camera) {
-    lut.dx.release();
-    lut.dy.release();
-  }
+  for (RectifyLut& lut : engine.rectify_lut.camera)
+    lut.grid.release();
   engine.calib.optimized_d2d.release();
   engine.flash.alignment_records.release();
   for (HeldSection& section : engine.rectify_lut.sections)
-    section.words.release();
+    section.room.release();
 }
 
 Engine& engine() {

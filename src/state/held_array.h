@@ -23,16 +23,18 @@ class HeldArray {
   HeldArray(const HeldArray&) = delete;
   HeldArray& operator=(const HeldArray&) = delete;
 
-  // Holds that many elements, all zero. False: no memory, and nothing is held.
+  // Holds that many elements, which have no value yet. False: no memory, and nothing is held.
   bool allocate(std::size_t count) {
-    if (!allocate_raw(count)) return false;
-    std::fill_n(elements_, count, Element{});
-    return true;
+    release();
+    if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Element)) return false;
+    elements_ = new (std::nothrow) Element[count];
+    size_ = elements_ == nullptr ? 0 : count;
+    return elements_ != nullptr;
   }
 
   // Holds a copy of the elements. False: no memory, and nothing is held.
   bool assign(std::span<const Element> elements) {
-    if (!allocate_raw(elements.size())) return false;
+    if (!allocate(elements.size())) return false;
     std::copy(elements.begin(), elements.end(), elements_);
     return true;
   }
@@ -55,14 +57,6 @@ class HeldArray {
   std::span<const Element> span() const { return {elements_, size_}; }
 
  private:
-  bool allocate_raw(std::size_t count) {
-    release();
-    if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(Element)) return false;
-    elements_ = new (std::nothrow) Element[count];
-    size_ = elements_ == nullptr ? 0 : count;
-    return elements_ != nullptr;
-  }
-
   Element* elements_ = nullptr;
   std::size_t size_ = 0;
 };

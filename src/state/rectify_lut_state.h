@@ -5,17 +5,19 @@
 #include "vq3900_depth_engine.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "state/held_array.h"
+#include "state/held_grid.h"
 
 namespace vq3900 {
 
 // A camera's displacement grid. The arrays are held from the setter to the conversion; the descriptor stays.
 struct RectifyLut {
   RectifyLutInfo info{};  // its two pointers are always null
-  HeldArray<double> dx;
-  HeldArray<double> dy;
+  HeldGrid grid;
   bool map_set = false;  // a grid was given; never cleared by the block itself
 };
 
@@ -23,7 +25,10 @@ struct RectifyLut {
 struct HeldSection {
   std::uint32_t address = 0;
   std::uint32_t count = 0;
-  HeldArray<std::uint32_t> words;
+  HeldArray<std::uint32_t> room;  // held from the preparation on
+  std::size_t encoded = 0;        // so many words of it were written; those behind them count as 0
+
+  std::span<const std::uint32_t> words() const { return room.span().first(encoded); }
 };
 
 struct RectifyLutState {

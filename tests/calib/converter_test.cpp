@@ -254,8 +254,8 @@ TEST_P(ConverterLutStatus, ChoosesTheCorrections) {
   for (const std::size_t camera : {0U, 1U}) {
     EXPECT_EQ(engine().rectify.camera[camera].kk_set, c.kk);
     EXPECT_EQ(engine().rectify_lut.camera[camera].map_set, c.map);
-    EXPECT_FALSE(engine().rectify_lut.camera[camera].dx.held());  // converted and released
-    EXPECT_FALSE(engine().rectify_lut.camera[camera].dy.held());
+    EXPECT_EQ(engine().rectify_lut.camera[camera].grid.dx(), nullptr);  // converted and released
+    EXPECT_EQ(engine().rectify_lut.camera[camera].grid.dy(), nullptr);
     EXPECT_EQ(engine().registers.rectify[camera][0].value != 0, c.kk);
     EXPECT_EQ(engine().registers.rectify_lut_info[camera][5].value, c.map ? 0x00200030U : 0U);  // 48 x 32 samples
   }
@@ -322,8 +322,8 @@ TEST_F(Converter, CorrectionsOfTheCallerAreDropped) {
   EXPECT_EQ(converted(sample_rig()).outcome, prints_err(0, lines_of(step_messages())));
   for (const RectifyLut& held : engine().rectify_lut.camera) {
     EXPECT_FALSE(held.map_set);
-    EXPECT_FALSE(held.dx.held());
-    EXPECT_FALSE(held.dy.held());
+    EXPECT_EQ(held.grid.dx(), nullptr);
+    EXPECT_EQ(held.grid.dy(), nullptr);
   }
 }
 

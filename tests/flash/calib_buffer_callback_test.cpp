@@ -63,10 +63,10 @@ TEST_F(CalibBufferCallback, MissingCallbackRaisesAtTheFirstMessage) {
 
 TEST_F(CalibBufferCallback, WhatTheCallbackThrowsPassesThroughAtEveryMessage) {
   CalibInput input;
-  input.add(parallel(), plain_text(lut_settings()));
-  for (std::size_t before = 0; before < 7; ++before) {
+  input.add(parallel(), plain_text(lut_settings())).add(parallel(), plain_text(lut_settings()));
+  for (std::size_t before = 0; before < 14; ++before) {
     SCOPED_TRACE(before);
-    ImageBytes main(20480), lut(kLutSize), factory(kFactorySize);
+    ImageBytes main(20480), lut(kLutSize, kRubbish), factory(60 + 2 * 6288);
     std::size_t messages = 0;
     DeLogCallback log = [&](const char*) {
       if (messages++ == before) throw std::runtime_error("enough");
@@ -75,10 +75,13 @@ TEST_F(CalibBufferCallback, WhatTheCallbackThrowsPassesThroughAtEveryMessage) {
     printed_by([&] {
       auto* const buffer = reinterpret_cast<std::uint32_t*>(main.data());
       EXPECT_THROW(gen_calib_flash_param_de(
-                       &input.record(), buffer, &log, 20480, lut.data(), kLutSize, 1, factory.data(), kFactorySize),
+                       &input.record(), buffer, &log, 20480, lut.data(), kLutSize, 1, factory.data(), 60 + 2 * 6288),
                    std::runtime_error);
     });
     EXPECT_EQ(messages, before + 1);
+    EXPECT_TRUE(is_all(main, 0xFF));
+    EXPECT_TRUE(is_all(lut, before < 7 ? kRubbish : 0xFF));  // cleared from the first LUT on
+    EXPECT_TRUE(is_all(factory, 0xFF));
     EXPECT_FALSE(engine().calib.optimized_d2d.held());
     expect_good_build();
   }

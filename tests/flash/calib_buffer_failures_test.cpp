@@ -336,6 +336,17 @@ TEST_F(CalibBufferFailure, ConversionThatFailsIsNumbered) {
   EXPECT_EQ(build.passed, passed_of() + std::vector<std::string>({kContentMode, step_messages()[0], step, passed}));
 }
 
+// What the first configuration has put into the buffers is not left there.
+TEST_F(CalibBufferFailure, FailureBehindALutLeavesNothingInTheBuffers) {
+  CalibInput input;
+  input.add(parallel(), plain_text(lut_settings())).add(parallel(), "");
+  const BufferBuild build = failing(input, {20480 + 100, kLutSize + 100, 60 + 2 * 6288});
+  EXPECT_LT(build.outcome.code, 0);
+  EXPECT_EQ(build.passed.size(), passed_of().size() + 2);
+  expect_filled(build);
+  EXPECT_TRUE(is_all(build.lut, 0xFF));
+}
+
 // --- sections that are full
 
 // Builds with so many configurations, of which the last one is one too many.

@@ -322,13 +322,13 @@ TEST(LutSections, AreFourOrTwoByCameraTypeAndNoneWhenNoneAreHeld) {
     EXPECT_EQ(stored_sections(config, luts), 0U) << type;
   }
   for (HeldSection& section : luts.sections)
-    ASSERT_TRUE(section.words.allocate(8));
+    ASSERT_TRUE(section.room.allocate(8));
   for (const int type : {0, 1, 2, 3, 4}) {
     config.cam_type = static_cast<std::uint8_t>(type);
     EXPECT_EQ(stored_sections(config, luts), type == 2 || type == 3 ? 4U : 2U) << type;
   }
   for (HeldSection& section : luts.sections)
-    section.words.release();
+    section.room.release();
 }
 
 // --- the factory record

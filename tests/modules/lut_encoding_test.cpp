@@ -235,10 +235,14 @@ TEST(LutEncoding, WholeGridsHaveTheWordsTheOverflowAndItsMessageOfSingleEncoding
     Words expected(grid.size(), kUnwritten);
     Words words(grid.size(), kUnwritten);
     const Outcome by_one = outcome_of([&] { return encode_one_by_one(grid, size, expected) ? 0 : 1; });
-    const Outcome whole =
-        outcome_of([&] { return encode_tiles(grid.data(), size, "lut_dy", words.data(), printing()) ? 0 : 1; });
+    std::size_t encoded = 0;
+    const Outcome whole = outcome_of([&] {
+      encoded = encode_tiles(grid.data(), size, "lut_dy", words.data(), printing());
+      return encoded == grid.size() ? 0 : 1;
+    });
     ASSERT_EQ(whole, by_one);
     ASSERT_EQ(words, expected);
+    ASSERT_EQ(std::ranges::find(expected, kUnwritten) - expected.begin(), static_cast<std::ptrdiff_t>(encoded));
   }
 }
 

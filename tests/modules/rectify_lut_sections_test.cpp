@@ -359,8 +359,8 @@ TEST_F(RectifyLutSections, OverflowOfCamera0KeepsCamera1sSections) {
   give_grid(1, good);
   give_grid(0, bad);
   EXPECT_EQ(convert(), prints_out(4096, kConverted + kConvertsDx + kOverflowOf1 + lut_step_failed(0)));
-  EXPECT_FALSE(engine().rectify_lut.camera[1].dx.held());
-  EXPECT_TRUE(engine().rectify_lut.camera[0].dx.held());
+  EXPECT_EQ(engine().rectify_lut.camera[1].grid.dx(), nullptr);
+  EXPECT_NE(engine().rectify_lut.camera[0].grid.dx(), nullptr);
   const Copies sections = taken_sections(4);
   EXPECT_EQ(sections[0], (SectionCopy{kA, 32, dx_words(good)}));
   EXPECT_EQ(sections[1], (SectionCopy{kB, 32, dy_words(good)}));
@@ -388,8 +388,8 @@ TEST_F(RectifyLutSections, GridWithoutArraysReplacesTheOneBefore) {
 TEST_F(RectifyLutSections, ConvertedGridIsGone) {
   give_grid(1, counting_grid(8, 4, 1));
   EXPECT_EQ(convert(), prints_out(0, kConverted));
-  EXPECT_FALSE(engine().rectify_lut.camera[1].dx.held());
-  EXPECT_FALSE(engine().rectify_lut.camera[1].dy.held());
+  EXPECT_EQ(engine().rectify_lut.camera[1].grid.dx(), nullptr);
+  EXPECT_EQ(engine().rectify_lut.camera[1].grid.dy(), nullptr);
   for (int i = 0; i < 2; ++i)
     EXPECT_EQ(convert(), (Outcome{-2, lut_step_failed(1), grid_missing(1)}));
   EXPECT_EQ(taken_sections(2), (Copies{{0, 32, Words(32)}, {0, 32, Words(32)}}));  // prepared anew, not filled
@@ -454,7 +454,7 @@ TEST_F(RectifyLutSections, SectionsAreHandedOutOnce) {
   EXPECT_EQ(taken_sections(4)[0].count, 32U);
   EXPECT_EQ(taken_sections(4), Copies(4, nothing(32)));
   for (const HeldSection& section : engine().rectify_lut.sections)
-    EXPECT_FALSE(section.words.held());
+    EXPECT_FALSE(section.room.held());
 }
 
 TEST_F(RectifyLutSections, TwoSectionsLeaveTheOtherTwo) {

@@ -112,7 +112,7 @@ TEST_P(RectifyLutCamera, IsChosenByModeAndId) {
     const auto index = static_cast<std::size_t>(camera);
     EXPECT_EQ(engine().rectify.camera[index].matrix, chosen ? kMatrix : Nine{});
     EXPECT_EQ(engine().rectify_lut.camera[index].map_set, chosen);
-    EXPECT_EQ(engine().rectify_lut.camera[index].dx.held(), chosen);
+    EXPECT_EQ(engine().rectify_lut.camera[index].grid.dx() != nullptr, chosen);
     EXPECT_EQ(descriptor(camera).lut_width, chosen ? 8U : 0U);
   }
   EXPECT_EQ(state_bytes() == before, c.camera < 0);
@@ -152,7 +152,7 @@ TEST_F(RectifyLutTest, SampleRateBelow3IsRefusedButIntrinsicsAndMatrixAreStored)
     EXPECT_EQ(bytes_of(engine().rectify.camera[1].intrinsic), bytes_of(kRectified));
     EXPECT_EQ(engine().rectify.camera[1].matrix, kMatrix);
     EXPECT_FALSE(engine().rectify_lut.camera[1].map_set);
-    EXPECT_FALSE(engine().rectify_lut.camera[1].dx.held());
+    EXPECT_EQ(engine().rectify_lut.camera[1].grid.dx(), nullptr);
     EXPECT_EQ(lut_length(), 0U);
     expect_descriptor(descriptor(1), {});
     EXPECT_EQ(convert(), prints_err(-2, "need to set rectify params! \n"));
@@ -196,8 +196,8 @@ TEST_F(RectifyLutTest, GridThatDoesNotFitInMemoryIsRefusedAndKeepsTheGridBefore)
     EXPECT_EQ(engine().rectify.camera[1].matrix, kMatrix);
     EXPECT_EQ(lut_length(), 32U);
     expect_descriptor(descriptor(1), first.info());
-    EXPECT_TRUE(engine().rectify_lut.camera[1].dx.held());
-    EXPECT_TRUE(engine().rectify_lut.camera[1].dy.held());
+    EXPECT_NE(engine().rectify_lut.camera[1].grid.dx(), nullptr);
+    EXPECT_NE(engine().rectify_lut.camera[1].grid.dy(), nullptr);
   }
 }
 
@@ -589,7 +589,7 @@ TEST_F(RectifyLutTest, Camera1sFaultLeavesCamera0Unconverted) {
   EXPECT_EQ(values_of(info_table(0)), Words(7));
   EXPECT_EQ(Elements(before.begin(), before.end()),
             Elements(engine().registers.rectify[0].begin(), engine().registers.rectify[0].end()));
-  EXPECT_TRUE(engine().rectify_lut.camera[0].dx.held());
+  EXPECT_NE(engine().rectify_lut.camera[0].grid.dx(), nullptr);
 }
 
 TEST_F(RectifyLutTest, SizeThatIsNoMultipleOf4IsRefusedBeforeAnythingIsConverted) {
