@@ -13,6 +13,7 @@
 #include <optional>
 #include <span>
 
+#include "calib/arc_tangent.h"
 #include "calib/point.h"
 
 namespace vq3900 {
@@ -23,7 +24,7 @@ class EquidistantModel {
 
   double radial_factor(double r2) const {
     const double r = std::sqrt(r2);
-    return r > 0 ? distorted_angle(std::atan(r)) / r : 1.0;
+    return r > 0 ? distorted_angle(arc_tangent(r)) / r : 1.0;
   }
 
   Point distort(Point p) const { return distort_with(radial_factor(squared_radius(p)), p); }
