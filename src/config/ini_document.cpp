@@ -17,8 +17,9 @@ std::string_view cut_comment(std::string_view key) {
   return key;
 }
 
-bool key_before(const IniField& a, const IniField& b) {
-  return a.key < b.key;
+// The order of keys within a section: by length first, which settles most comparisons.
+bool key_before(std::string_view a, std::string_view b) {
+  return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
 }  // namespace
@@ -28,8 +29,7 @@ IniError::IniError(std::uint32_t line, const std::string& what)
       line_(line) {}
 
 const IniField* IniSection::find(std::string_view key) const {
-  const auto at = std::lower_bound(
-      fields_.begin(), fields_.end(), key, [](const IniField& field, std::string_view k) { return field.key < k; });
+  const auto at = std::ranges::lower_bound(fields_, key, key_before, &IniField::key);
   return at != fields_.end() && at->key == key ? &*at : nullptr;
 }
 
@@ -99,7 +99,7 @@ void IniDocument::parse_field(std::string_view line, std::uint32_t number, Field
 // Sorts every section by key. Of several fields of one key the last in the text stays.
 void IniDocument::sort_fields() {
   for (auto& [name, fields] : sections_) {
-    std::ranges::stable_sort(fields, key_before);
+    std::ranges::stable_sort(fields, key_before, &IniField::key);
     auto kept = fields.begin();
     for (auto field = fields.begin(); field != fields.end(); ++field) {
       const auto next = std::next(field);

@@ -35,7 +35,7 @@ class IniError : public std::logic_error {
   std::uint32_t line_;
 };
 
-// The fields of one section, sorted by key. It lives as long as its document.
+// The fields of one section, short keys first, those of a length by the alphabet. It lives as long as its document.
 class IniSection {
  public:
   IniSection() = default;

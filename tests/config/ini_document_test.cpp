@@ -20,13 +20,18 @@ namespace {
 
 using namespace std::string_literals;
 
-// All that a document holds: "[section]<key|value><key|value>[section]", in the document's order.
+// All that a document holds: "[section]<key|value><key|value>[section]", in the order of the alphabet.
 std::string contents(const IniDocument& document) {
   std::string text;
   for (const std::string_view name : document.section_names()) {
     text.append("[").append(name).append("]");
-    for (const IniField& field : document.section(name).fields())
-      text.append("<").append(field.key).append("|").append(field.value).append(">");
+    const auto fields = document.section(name).fields();
+    std::map<std::string_view, std::string_view> sorted;
+    for (const IniField& field : fields)
+      sorted.emplace(field.key, field.value);
+    EXPECT_EQ(sorted.size(), fields.size());  // every key once
+    for (const auto& [key, value] : sorted)
+      text.append("<").append(key).append("|").append(value).append(">");
   }
   return text;
 }
