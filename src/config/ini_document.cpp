@@ -9,6 +9,8 @@ namespace vq3900 {
 
 namespace {
 
+constexpr std::size_t kUsualFields = 24;  // few sections have more
+
 // An inline comment ends a key. The three marks are tried in this order, not by position.
 std::string_view cut_comment(std::string_view key) {
   for (const char mark : {'#', ';', '%'}) {
@@ -85,7 +87,9 @@ void IniDocument::parse_line(std::string_view line, std::uint32_t number, Fields
   if (close == std::string_view::npos) throw IniError(number, "section not closed");
   if (close == 1) throw IniError(number, "section is empty");
   if (close + 1 != line.size()) throw IniError(number, "no end of line after section");
-  current = &sections_[line.substr(1, close - 1)];
+  const auto [section, added] = sections_.try_emplace(line.substr(1, close - 1));
+  current = &section->second;
+  if (added) current->reserve(kUsualFields);
 }
 
 void IniDocument::parse_field(std::string_view line, std::uint32_t number, Fields* current) const {

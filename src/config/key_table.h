@@ -206,12 +206,11 @@ inline std::string quoted(std::string_view text) {
   return std::string("\"").append(text).append("\"");
 }
 
-// The fault of a required key that is absent, or nothing.
+// The fault of an absent key if it is required, or nothing.
 template <typename Section>
-std::optional<std::string> absence_fault(const Key<Section>& key, const IniSection& ini, std::string_view section_name,
-                                         MissingKey missing) {
+std::optional<std::string> absence_fault(const Key<Section>& key, std::string_view section_name, MissingKey missing) {
   const bool required = key.beside != nullptr || (missing != MissingKey::kReadAsEmpty && key.absent == nullptr);
-  if (!required || ini.find(key.name) != nullptr) return std::nullopt;
+  if (!required) return std::nullopt;
   if (missing == MissingKey::kQuotedFault) return missing_key_text(quoted(key.name), quoted(section_name));
   return missing_key_text(key.name, section_name);
 }
@@ -225,10 +224,12 @@ std::optional<std::string> read_section(const std::array<Key<Section>, Count>& k
   for (std::size_t i = 0; i < Count; ++i) {
     const Key<Section>& key = keys[i];
     if (key.beside != nullptr && ini.find(key.beside) == nullptr) continue;
-    for (const Key<Section>& checked : std::span{keys}.subspan(i, key.checked_ahead)) {
-      if (auto fault = absence_fault(checked, ini, section_name, missing)) return fault;
-    }
     const IniField* const field = ini.find(key.name);
+    for (const Key<Section>& checked : std::span{keys}.subspan(i, key.checked_ahead)) {
+      const bool present = &checked == &key ? field != nullptr : ini.find(checked.name) != nullptr;
+      if (present) continue;
+      if (auto fault = absence_fault(checked, section_name, missing)) return fault;
+    }
     if (field == nullptr && key.absent != nullptr) {
       key.absent(section);
     } else if (!key.read(section, field == nullptr ? std::string_view{} : field->value)) {
