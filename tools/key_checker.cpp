@@ -114,7 +114,8 @@ void KeyChecker::check_unknown() {
     const auto fields = document_.section(name).fields();
     if (fields.empty()) continue;
     if (!sections.contains(name)) {
-      warn(fields.front().line, fmt::format("[{}]", name), "no such section; it is ignored");
+      const auto first = std::ranges::min_element(fields, {}, &IniField::line);
+      warn(first->line, fmt::format("[{}]", name), "no such section; it is ignored");
       continue;
     }
     for (const IniField& field : fields) {

@@ -4,11 +4,11 @@
 //
 //   atan r = atan c + atan t,   t = (r - c) / (1 + r c)
 //
-// with the c of 0, 1/2, 1, 3/2 and infinity that leaves the smallest t: at most 7/16. There
+// with a c of 0, 1/2, 1, 3/2 or infinity that leaves a t of at most 7/16. There
 //
 //   atan t = t - t z P(z),   z = t^2
 //
-// with the P of degree 10 whose greatest relative error is the smallest: 4.3e-18.
+// with the P of degree 10 that keeps the greatest relative error of atan t smallest: 5.4e-18, rounded to doubles.
 #ifndef VQ3900_CALIB_ARC_TANGENT_H
 #define VQ3900_CALIB_ARC_TANGENT_H
 

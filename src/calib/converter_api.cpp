@@ -12,6 +12,7 @@
 #include "calib/stereo_derivation_api.h"
 #include "config/c_locale.h"
 #include "modules/fixed_point.h"
+#include "modules/rectify_lut.h"
 #include "platform/diagnostics.h"
 #include "regs/steps.h"
 #include "state/engine.h"
@@ -73,6 +74,18 @@ int32_t logged(const vq3900::StepLog& log, int32_t code, const char* failed, con
   return code;
 }
 
+// Generated grids end with the call. Those that a failure leaves unconverted become copies, as any other setter's are.
+class GeneratorsEnd {
+ public:
+  GeneratorsEnd() = default;
+  GeneratorsEnd(const GeneratorsEnd&) = delete;
+  GeneratorsEnd& operator=(const GeneratorsEnd&) = delete;
+  ~GeneratorsEnd() {
+    for (vq3900::RectifyLut& lut : engine().rectify_lut.camera)
+      vq3900::end_owner(lut);
+  }
+};
+
 int32_t convert(CalibrateParamsMulti& calib, DeStereoRectifyParams_S& rect, DeCameraD2CParams_S* d2c,
                 DepthCalcParams_S& depth, const vq3900::StepLog& log) {
   if (const int32_t code = start_record(rect); code != VQ3900_OK) {
@@ -84,6 +97,7 @@ int32_t convert(CalibrateParamsMulti& calib, DeStereoRectifyParams_S& rect, DeCa
   vq3900::scale_and_chop(engine().calib_input, calib);
 
   vq3900::CameraLuts luts;
+  const GeneratorsEnd generators_end;
   return vq3900::run_steps(
       [&] {
         const int32_t code =

@@ -9,7 +9,9 @@ namespace vq3900 {
 
 namespace {
 
-constexpr std::size_t kUsualFields = 24;  // few sections have more
+// Few texts have more. Memory is taken ahead for so much and no more, whatever a text is made of.
+constexpr std::size_t kUsualSections = 128;
+constexpr std::size_t kUsualFields = 24;
 
 // An inline comment ends a key. The three marks are tried in this order, not by position.
 std::string_view cut_comment(std::string_view key) {
@@ -89,7 +91,7 @@ void IniDocument::parse_line(std::string_view line, std::uint32_t number, Fields
   if (close + 1 != line.size()) throw IniError(number, "no end of line after section");
   const auto [section, added] = sections_.try_emplace(line.substr(1, close - 1));
   current = &section->second;
-  if (added) current->reserve(kUsualFields);
+  if (added && sections_.size() <= kUsualSections) current->reserve(kUsualFields);
 }
 
 void IniDocument::parse_field(std::string_view line, std::uint32_t number, Fields* current) const {

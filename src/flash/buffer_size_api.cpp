@@ -49,7 +49,7 @@ void get_lut_section_buffer_size(const CalibFlashInput_S* input, uint32_t* size,
   if (input == nullptr || size == nullptr) return;
   vq3900::CallerCallback caller{callback};
   try {
-    vq3900::LutFile luts{{}};
+    vq3900::LutFile luts;
     if (collect_luts(*input, BuildLog{caller}, luts) == VQ3900_OK) *size = static_cast<uint32_t>(luts.size());
   } catch (const std::bad_alloc&) {  // the size stays as it was
     if (caller.threw()) throw;

@@ -40,30 +40,9 @@ struct CallerBuffer {
   std::span<uint8_t> bytes() const {
     return {data, wanted() && size > 0 ? static_cast<std::size_t>(size) : std::size_t{0}};
   }
-  bool holds(std::size_t bytes) const { return size >= 0 && static_cast<uint64_t>(size) >= bytes; }
+  bool holds(std::size_t needed) const { return size >= 0 && static_cast<uint64_t>(size) >= needed; }
   void clear() const { std::ranges::fill(bytes(), uint8_t{0xFF}); }
   void take(std::span<const uint8_t> taken) const { std::ranges::copy(taken, data); }
-};
-
-// The caller's memory while a part of the image grows in it. In the end it is 0xFF behind that part, and throughout
-// unless the part was completed.
-class GrowingBuffer {
- public:
-  explicit GrowingBuffer(const CallerBuffer& buffer) : buffer_(buffer) {}
-  GrowingBuffer(const GrowingBuffer&) = delete;
-  GrowingBuffer& operator=(const GrowingBuffer&) = delete;
-  ~GrowingBuffer() {
-    if (started_) std::ranges::fill(buffer_.bytes().subspan(completed_), uint8_t{0xFF});
-  }
-
-  const CallerBuffer& buffer() const { return buffer_; }
-  void start() { started_ = true; }
-  void complete(std::size_t bytes) { completed_ = bytes; }
-
- private:
-  CallerBuffer buffer_;
-  bool started_ = false;
-  std::size_t completed_ = 0;
 };
 
 // Says that a buffer is too small, and answers the code for it.
@@ -119,55 +98,88 @@ struct CallerBuffers {
   CallerBuffer factory;
 };
 
-// The step before a LUT: there must be a buffer for it.
-int32_t start_luts(GrowingBuffer& luts, const BuildLog& log) {
-  if (!luts.buffer().wanted()) {
-    log.say("error: lut_section_buffer not initialized\n");
-    return kLutBuffer;
+// The caller's buffer for the LUT file, filled with 0xFF from its first use on. Where the file will lie that waits while
+// nobody can look: after the last configuration's LUT only a failure calls the caller back.
+class LutBuffer {
+ public:
+  LutBuffer(const CallerBuffer& buffer, const BuildLog& log) : buffer_(buffer), log_(log) {}
+  LutBuffer(const LutBuffer&) = delete;
+  LutBuffer& operator=(const LutBuffer&) = delete;
+  ~LutBuffer() {
+    if (used_) fill_behind(0);
   }
-  luts.start();
-  return VQ3900_OK;
-}
 
-// Adds every configuration to the image.
-int32_t add_all(const CalibFlashInput_S& input, vq3900::ImageBuild& image, FactoryAlign& factory, GrowingBuffer& luts,
-                const BuildLog& log) {
-  for (std::size_t i = 0; i < input.config_file_num; ++i) {
-    ConvertedCalibration converted;
-    const int32_t code =
-        vq3900::run_steps([&] { return vq3900::convert_calibration(input, i, kWording, log, converted); },
-                          [&] { return image.add(converted, [&] { return start_luts(luts, log); }); });
-    if (code != VQ3900_OK) return code;
-    factory.add(*input.calib_records[i]);
+  // The step before a LUT: there must be a buffer for it.
+  int32_t use(bool by_the_last) {
+    if (!buffer_.wanted()) {
+      log_.say("error: lut_section_buffer not initialized\n");
+      return kLutBuffer;
+    }
+    used_ = true;
+    if (!by_the_last) fill_behind(0);
+    return VQ3900_OK;
   }
+
+  bool holds(std::size_t file_size) const { return file_size == 0 || buffer_.holds(file_size); }
+
+  const CallerBuffer& buffer() const { return buffer_; }
+
+  // Makes room for the finished file.
+  std::span<uint8_t> room(std::size_t file_size) {
+    if (used_) fill_behind(file_size);
+    return {buffer_.data, file_size};
+  }
+
+ private:
+  void fill_behind(std::size_t file_size) {
+    if (!filled_) std::ranges::fill(buffer_.bytes().subspan(file_size), uint8_t{0xFF});
+    filled_ = true;
+  }
+
+  CallerBuffer buffer_;
+  BuildLog log_;
+  bool used_ = false;
+  bool filled_ = false;
+};
+
+// Closes all sections and hands them over, all or none.
+int32_t hand_over(vq3900::ImageBuild& image, LutBuffer& luts, FactoryAlign& factory, const CallerBuffer& main,
+                  int64_t timestamp, const BuildLog& log) {
+  const int64_t now = vq3900::calendar_time();
+  const vq3900::HeaderStamp stamp = vq3900::header_stamp(timestamp >= 1 ? timestamp : now);
+  const std::size_t lut_size = image.lut_size();
+  if (!luts.holds(lut_size)) return too_small(luts.buffer(), lut_size, kLutBuffer, log);
+  const std::vector<uint8_t> main_image = image.finish_main(stamp);
+  main.take(main_image);
+  image.finish_luts(stamp, luts.room(lut_size));
+  factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
   return VQ3900_OK;
 }
 
 int32_t build(const CalibFlashInput_S& input, const CallerBuffers& buffers, int64_t timestamp, const BuildLog& log) {
+  vq3900::ImageBuild image{input, log};
   FactoryAlign factory{buffers.factory, input.config_file_num};
-  const std::size_t image_size = vq3900::calib_image_size(input);
+  const std::size_t image_size = image.main_size();
   if (!buffers.main.holds(image_size)) return too_small(buffers.main, image_size, VQ3900_ERROR_ARGUMENT, log);
   if (!factory.fits()) return too_small(buffers.factory, factory.size(), VQ3900_ERROR_ARGUMENT, log);
-  GrowingBuffer main{buffers.main};
-  GrowingBuffer luts{buffers.lut};
-  main.start();
-  const std::span<uint8_t> main_image = buffers.main.bytes().first(image_size);
-  std::ranges::fill(main_image, uint8_t{0xFF});
+  LutBuffer luts{buffers.lut, log};
+  buffers.main.clear();
   buffers.factory.clear();
   // A conversion may keep the reference plane of the one before it: the first of an image finds none, so that the same
   // input gives the same image.
   vq3900::clear_depth_constants(vq3900::engine().registers);
 
-  vq3900::ImageBuild image{input, {main_image, buffers.lut.bytes()}, log};
-  if (const int32_t code = add_all(input, image, factory, luts, log); code != VQ3900_OK) return code;
-  const int64_t now = vq3900::calendar_time();
-  const std::size_t lut_size = image.lut_size();
-  if (lut_size > 0 && !buffers.lut.holds(lut_size)) return too_small(buffers.lut, lut_size, kLutBuffer, log);
-  image.finish(vq3900::header_stamp(timestamp >= 1 ? timestamp : now));
-  main.complete(image_size);
-  luts.complete(lut_size);
-  factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
-  return VQ3900_OK;
+  for (std::size_t i = 0; i < input.config_file_num; ++i) {
+    image.prepare_next();
+    ConvertedCalibration converted;
+    const bool last = i + 1 == input.config_file_num;
+    const int32_t code =
+        vq3900::run_steps([&] { return vq3900::convert_calibration(input, i, kWording, log, converted); },
+                          [&] { return image.add(converted, [&] { return luts.use(last); }); });
+    if (code != VQ3900_OK) return code;
+    factory.add(*input.calib_records[i]);
+  }
+  return hand_over(image, luts, factory, buffers.main, timestamp, log);
 }
 
 }  // namespace

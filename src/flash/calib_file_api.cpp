@@ -13,7 +13,6 @@
 #include "platform/clock.h"
 #include "platform/diagnostics.h"
 #include "platform/file.h"
-#include "platform/raw_vector.h"
 #include "regs/steps.h"
 
 namespace {
@@ -104,11 +103,10 @@ int32_t build(const CalibFlashInput_S& input, const char* path) {
   const bool wants_factory = !calibs.empty() && has_bin_extension(calibs.front());
   if (wants_factory && factory_side.create() != VQ3900_OK) return kCannotOpen;
 
-  std::vector<uint8_t> main_image(vq3900::calib_image_size(input), 0xFF);
-  vq3900::RawVector<uint8_t> luts(vq3900::kLargestLutFile);
-  vq3900::ImageBuild image{input, {main_image, luts}, {}};
+  vq3900::ImageBuild image{input, {}};
   vq3900::FactoryFile factory;
   for (std::size_t i = 0; i < configs.size(); ++i) {
+    image.prepare_next();
     vq3900::ConvertedCalibration converted;
     const int32_t code =
         vq3900::run_steps([&] { return load_and_convert(configs[i], calibs[i], converted); },
@@ -118,10 +116,14 @@ int32_t build(const CalibFlashInput_S& input, const char* path) {
   }
 
   const vq3900::HeaderStamp stamp = vq3900::header_stamp(vq3900::calendar_time());
-  image.finish(stamp);
-  if (!main.write(main_image) || !main.close()) return cannot_open(path);
-  return vq3900::run_steps([&] { return lut_file.write(std::span{luts}.first(image.lut_size())); },
-                           [&] { return factory_side.write(factory.finish(stamp)); });
+  if (!main.write(image.finish_main(stamp)) || !main.close()) return cannot_open(path);
+  return vq3900::run_steps(
+      [&] {
+        std::vector<uint8_t> luts(image.lut_size());
+        image.finish_luts(stamp, luts);
+        return lut_file.write(luts);
+      },
+      [&] { return factory_side.write(factory.finish(stamp)); });
 }
 
 }  // namespace

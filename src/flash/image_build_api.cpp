@@ -4,7 +4,7 @@
 #include <array>
 #include <iterator>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "bytes/md5_gen_api.h"
 #include "regs/steps.h"
@@ -20,13 +20,13 @@ Md5Digest digest_of(std::span<const std::uint8_t> key) {
   return digest;
 }
 
-// Writes a record, digests its key and puts the digest in front.
+// Writes a record, digests its key and puts the digest before it.
 template <typename Record>
 Md5Digest write_digested(std::span<const LayoutRow<Record>> layout, Record& record, std::uint32_t key_offset,
                          std::uint32_t key_size, std::span<std::uint8_t> to) {
   write_record(layout, record, to);
   record.md5 = digest_of(to.subspan(key_offset, key_size));
-  write_record(layout, record, to);
+  std::ranges::copy(record.md5, to.subspan(key_offset - record.md5.size()).begin());
   return record.md5;
 }
 
@@ -91,12 +91,11 @@ std::int32_t add_lut(const RectifyRecord& rectify, LutFile& luts, const BuildLog
   return added ? VQ3900_OK : too_many_records(log, kLutDataSection.name);
 }
 
-ImageBuild::ImageBuild(const CalibFlashInput_S& input, const ImageMemory& memory, const BuildLog& log)
-    : main_(memory.main),
+ImageBuild::ImageBuild(const CalibFlashInput_S& input, const BuildLog& log)
+    : main_(calib_image_size(input), 0xFF),
       rectify_(main_, kRectifySection),
       d2c_(main_, kCalibD2cSection),
       d2d_(main_, kCalibD2dSection),
-      luts_(memory.luts),
       log_(log),
       alignment_(has_alignment_section(input)) {}
 
@@ -116,7 +115,7 @@ std::int32_t ImageBuild::add(const ConvertedCalibration& converted, const std::f
       });
 }
 
-void ImageBuild::finish(const HeaderStamp& stamp) {
+std::vector<std::uint8_t> ImageBuild::finish_main(const HeaderStamp& stamp) {
   rectify_.close(stamp);
   d2c_.close(stamp);
   d2d_.close(stamp);
@@ -127,7 +126,11 @@ void ImageBuild::finish(const HeaderStamp& stamp) {
     }
     alignment.close(stamp);
   }
-  if (!luts_.directory().empty()) luts_.finish(stamp);
+  return std::move(main_);
+}
+
+void ImageBuild::finish_luts(const HeaderStamp& stamp, std::span<std::uint8_t> to) {
+  if (!luts_.directory().empty()) luts_.finish(stamp, to);
 }
 
 }  // namespace vq3900

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 #include "flash/build_log_api.h"
 #include "flash/calib_records.h"
@@ -49,28 +50,28 @@ DigestedRectify digested_rectify(const ConvertedCalibration& converted);
 // Adds the LUT of a configuration that wants one, unless its rectification has one.
 std::int32_t add_lut(const RectifyRecord& rectify, LutFile& luts, const BuildLog& log);
 
-// Where an image is built.
-struct ImageMemory {
-  std::span<std::uint8_t> main;  // of the image's size, 0xFF throughout
-  std::span<std::uint8_t> luts;  // a LUT file that it does not hold is counted but not written
-};
-
 class ImageBuild {
  public:
-  ImageBuild(const CalibFlashInput_S& input, const ImageMemory& memory, const BuildLog& log);
+  ImageBuild(const CalibFlashInput_S& input, const BuildLog& log);
 
   // Adds the records of the configuration that was loaded and converted last. Before the first LUT the step is asked,
   // and ends the build with what it answers unless that is 0.
   std::int32_t add(const ConvertedCalibration& converted, const std::function<std::int32_t()>& before_lut);
 
+  // Must come before the next conversion, which puts its LUT where the one that was added lies.
+  void prepare_next() { luts_.keep_words(); }
+
+  std::size_t main_size() const { return main_.size(); }
+  // The finished main image; the object has none any more.
+  std::vector<std::uint8_t> finish_main(const HeaderStamp& stamp);
+
   // Bytes of the LUT file: 0 when no configuration wants one.
   std::size_t lut_size() const { return luts_.directory().empty() ? 0 : luts_.size(); }
-
-  // Completes the main image and the LUT file, whose memory must hold it.
-  void finish(const HeaderStamp& stamp);
+  // Writes the finished LUT file, which has that size.
+  void finish_luts(const HeaderStamp& stamp, std::span<std::uint8_t> to);
 
  private:
-  std::span<std::uint8_t> main_;
+  std::vector<std::uint8_t> main_;
   SectionWriter rectify_;
   SectionWriter d2c_;
   SectionWriter d2d_;

@@ -11,20 +11,14 @@
 #include "bytes/md5.h"
 #include "flash/calib_image.h"
 #include "flash/section_writer.h"
+#include "platform/raw_vector.h"
 #include "state/rectify_lut_state.h"
 
 namespace vq3900 {
 
-// The memory of the largest file.
-inline constexpr std::size_t kLargestLutFile = std::size_t{kLutDirectoryRoom} + kLutDataRoom;
-
 class LutFile {
  public:
-  // The file's memory. A file that it does not hold is counted but not written.
-  explicit LutFile(std::span<std::uint8_t> memory)
-      : memory_(memory),
-        directory_bytes_(kLutDirectoryRoom, 0xFF),
-        directory_(directory_bytes_, kLutDirectorySection) {}
+  LutFile() : directory_bytes_(kLutDirectoryRoom, 0xFF), directory_(directory_bytes_, kLutDirectorySection) {}
   LutFile(const LutFile&) = delete;
   LutFile& operator=(const LutFile&) = delete;
 
@@ -34,22 +28,34 @@ class LutFile {
   // Whether a grid with that digest is stored. All six places count, an unused one with a digest of zeros.
   bool has_data(const Md5Digest& digest) const;
 
-  // Stores the words of the sections behind the header; words that are not there are 0. False: no place or no room.
+  // Stores a grid: header and sections, whose words stay where they are. False: no place or no room.
   bool add_data(const LutDataHeader& header, std::span<const HeldSection> sections);
 
-  // Bytes of the file: those of the directory alone while it has no record.
+  // Copies the words of the grid stored last, whose sections are about to change.
+  void keep_words();
+
+  // Bytes of the finished file: those of the directory alone while it has no record.
   std::size_t size() const { return directory_.empty() ? kLutDirectoryRoom : kLutDirectoryRoom + data_size_; }
 
-  // Closes both sections. The memory must hold size() bytes.
-  void finish(const HeaderStamp& stamp);
+  // Closes both sections and writes them, of size() bytes.
+  void finish(const HeaderStamp& stamp, std::span<std::uint8_t> to);
 
  private:
-  std::span<std::uint8_t> memory_;
+  struct Grid {
+    LutDataHeader header;
+    std::array<std::span<const std::uint32_t>, 4> sections;  // behind their words they are 0
+    std::size_t section_count;
+    RawVector<std::uint32_t> kept;  // the words, once they were copied
+
+    std::size_t size() const { return kLutDataHeaderSize + section_count * header.section_words * 4; }
+    void keep_words();
+    void write(std::span<std::uint8_t> to) const;
+  };
+
   std::vector<std::uint8_t> directory_bytes_;
   SectionWriter directory_;
+  std::vector<Grid> grids_;
   std::size_t data_size_ = kShortHeaderSize;
-  std::array<Md5Digest, kMostLutData> stored_{};
-  std::size_t stored_count_ = 0;
 };
 
 }  // namespace vq3900

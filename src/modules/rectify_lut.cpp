@@ -96,6 +96,11 @@ void keep_grid(const RectifyLutInfo& info, GridOwner owner, RectifyLut& lut) {
   store_descriptor(info, lut);
 }
 
+void end_owner(RectifyLut& lut) {
+  if (!lut.grid.kept()) return;
+  if (!lut.grid.assign(lut.grid.dx(), lut.grid.dy(), samples(lut.info))) lut.grid.release();
+}
+
 bool prepare_sections(RectifyLutState& state) {
   const std::size_t camera_1 = samples(state.camera[1].info);
   const std::size_t camera_0 = samples(state.camera[0].info);

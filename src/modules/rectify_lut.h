@@ -41,6 +41,9 @@ bool copy_grid(const RectifyLutInfo& info, RectifyLut& lut);
 // The same with the arrays themselves and their owner.
 void keep_grid(const RectifyLutInfo& info, GridOwner owner, RectifyLut& lut);
 
+// Ends the owner of a kept grid: its arrays are copied. Without memory for that nothing is held any more.
+void end_owner(RectifyLut& lut);
+
 // Allocates the four sections anew, without a word, each counted as camera 1's grid. False: no memory.
 bool prepare_sections(RectifyLutState& state);
 

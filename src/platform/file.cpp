@@ -7,8 +7,8 @@ namespace vq3900 {
 
 namespace {
 
-// A name of more than 255 characters with a line break in it is no file's on any system. Asking for it costs more than
-// to load the text that it is.
+// A name of more than 255 characters with a line break among them is more than the file systems of hosts take, and the
+// beginning of a text. Asking for it would cost more than to load that.
 bool may_name_file(const char* path) {
   constexpr std::size_t kTooLong = 256;
   if (std::memchr(path, '\0', kTooLong) != nullptr) return true;

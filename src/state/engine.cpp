@@ -11,8 +11,10 @@ void release_held_memory(Engine& engine) {
     lut.grid.release();
   engine.calib.optimized_d2d.release();
   engine.flash.alignment_records.release();
-  for (HeldSection& section : engine.rectify_lut.sections)
+  for (HeldSection& section : engine.rectify_lut.sections) {
     section.room.release();
+    section.encoded = 0;
+  }
 }
 
 Engine& engine() {

@@ -28,8 +28,9 @@ class HeldGrid {
 
   const double* dx() const { return dx_; }
   const double* dy() const { return dy_; }
+  bool kept() const { return delete_owner_ != nullptr; }  // else the arrays are copies
 
-  // Holds copies. False: no memory, and what was held before stays.
+  // Holds copies, of what is held already if need be. False: no memory, and what was held before stays.
   bool assign(const double* dx, const double* dy, std::size_t samples) {
     Samples dx_copy;
     Samples dy_copy;
@@ -40,7 +41,7 @@ class HeldGrid {
     return true;
   }
 
-  // Holds the arrays themselves, which belong to the owner.
+  // Holds the arrays themselves, which live as long as the owner.
   void keep(const double* dx, const double* dy, GridOwner owner) {
     release();
     dx_ = dx;
@@ -50,8 +51,8 @@ class HeldGrid {
   }
 
   void release() {
-    if (owner_ != nullptr) {
-      delete_owner_(std::exchange(owner_, nullptr));
+    if (kept()) {
+      GridOwner(std::exchange(owner_, nullptr), std::exchange(delete_owner_, nullptr)).reset();
     } else {
       delete[] dx_;
       delete[] dy_;
@@ -72,8 +73,8 @@ class HeldGrid {
 
   const double* dx_ = nullptr;
   const double* dy_ = nullptr;
-  void* owner_ = nullptr;  // null: the arrays are copies
-  void (*delete_owner_)(void*) = nullptr;
+  void* owner_ = nullptr;
+  void (*delete_owner_)(void*) = nullptr;  // null: the arrays are copies
 };
 
 }  // namespace vq3900

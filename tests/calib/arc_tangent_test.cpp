@@ -21,6 +21,9 @@ double unit_in_the_last_place(double value) {
   return std::nextafter(value, kEndless) - value;
 }
 
+// What is allowed: where the C library has no wider type to compare with, its own error comes on top.
+constexpr double kMost = std::numeric_limits<long double>::digits > std::numeric_limits<double>::digits ? 0.9 : 1.5;
+
 // How far off, in units of the last place.
 double error_at(double r) {
   const long double exact = std::atan(static_cast<long double>(r));
@@ -54,13 +57,13 @@ TEST(ArcTangent, IsLessThanOneUnitOff) {
   Random random(kSeed);
   for (int i = 0; i < 200000; ++i) {
     const double r = static_cast<double>(random.between(0, 4)) + 0x1p-40 * random.word();
-    ASSERT_LT(error_at(r), 0.9) << r;
+    ASSERT_LT(error_at(r), kMost) << r;
     const double far = std::ldexp(1 + 0x1p-32 * random.word(), static_cast<int>(random.word() % 120) - 60);
-    ASSERT_LT(error_at(far), 0.9) << far;
+    ASSERT_LT(error_at(far), kMost) << far;
   }
   for (const double bound : kBounds) {
-    ASSERT_LT(error_at(bound), 0.9);
-    ASSERT_LT(error_at(std::nextafter(bound, 0)), 0.9);
+    ASSERT_LT(error_at(bound), kMost);
+    ASSERT_LT(error_at(std::nextafter(bound, 0)), kMost);
   }
 }
 

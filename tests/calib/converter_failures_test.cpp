@@ -419,8 +419,6 @@ TEST_F(ConverterFailure, FailingSetterKeepsWhatTheOnesBeforeStored) {
   EXPECT_FALSE(engine().rectify.camera[0].kk_set);
 }
 
-// --- callbacks -------------------------------------------------------------------------------------------------------
-
 // Runs the converter with a callback that does not return; what was thrown is told apart by type.
 template <typename Thrown>
 Outcome outcome_of_throwing(DeLogCallback* log) {
@@ -436,6 +434,32 @@ Outcome outcome_of_throwing(DeLogCallback* log) {
     }
   });
 }
+
+// The generators are gone with the failing call, what they generated is not.
+TEST_F(ConverterFailure, GridsThatWereNotConvertedAreTheModulesOwn) {
+  const auto expect_own = [](std::size_t camera) {
+    EXPECT_NE(engine().rectify_lut.camera[camera].grid.dx(), nullptr) << camera;
+    EXPECT_NE(engine().rectify_lut.camera[camera].grid.dy(), nullptr) << camera;
+    EXPECT_FALSE(engine().rectify_lut.camera[camera].grid.kept()) << camera;
+  };
+  prepare_calibration({{"distort_type", "1"}});
+  CalibrateParamsMulti calib = parallel_rig();
+  calib.right_ir = pinhole_camera(2200, 400, 500, 1100, 200);
+  EXPECT_EQ(converted(calib).outcome.code, 4096);
+  EXPECT_EQ(engine().rectify_lut.camera[1].grid.dx(), nullptr);  // converted
+  expect_own(0);
+
+  prepare_calibration({{"distort_type", "1"}});
+  DeLogCallback log = [](const char* text) {
+    if (std::string(text) == step_messages()[2]) throw 1;
+  };
+  EXPECT_EQ(outcome_of_throwing<int>(&log).code, 1);
+  expect_own(0);
+  expect_own(1);
+  EXPECT_EQ(outcome_of([] { return convert_rectify_params_to_register_elements(); }), prints_out(0, kTwoLutsConverted));
+}
+
+// --- callbacks -------------------------------------------------------------------------------------------------------
 
 TEST_F(ConverterFailure, MissingCallbackRaisesBadFunctionCallAtTheFirstMessage) {
   DeLogCallback empty;

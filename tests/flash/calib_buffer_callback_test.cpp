@@ -69,6 +69,8 @@ TEST_F(CalibBufferCallback, WhatTheCallbackThrowsPassesThroughAtEveryMessage) {
     ImageBytes main(20480), lut(kLutSize, kRubbish), factory(60 + 2 * 6288);
     std::size_t messages = 0;
     DeLogCallback log = [&](const char*) {
+      EXPECT_TRUE(is_all(main, 0xFF));  // nothing is handed over before everything is built
+      EXPECT_TRUE(is_all(lut, messages < 7 ? kRubbish : 0xFF));
       if (messages++ == before) throw std::runtime_error("enough");
     };
     hold_optimized_entries();
@@ -129,7 +131,8 @@ TEST_F(CalibBufferCallback, NoMemoryIsNeverAnExceptionAndWritesNothing) {
     });
     // The configuration loader answers -3 to every exception.
     ASSERT_TRUE(failed ? code == -2 || code == -3 : code == 0) << code << " after " << successes;
-    ASSERT_TRUE(!failed || is_all(main, 0) || is_all(main, 0xFF)) << successes;
+    for (const ImageBytes& bytes : {main, lut, factory})
+      ASSERT_TRUE(!failed || is_all(bytes, 0) || is_all(bytes, 0xFF)) << successes;
   }
 }
 

@@ -58,27 +58,19 @@ void add_directory_record(LutFile& file, std::uint8_t number) {
   std::ranges::fill(room, number);
 }
 
-constexpr std::uint8_t kUnwritten = 0xA5;
-
-// A LUT file in memory that had something else in it before.
-struct FileInMemory {
-  ImageBytes memory = ImageBytes(kLargestLutFile, kUnwritten);
-  LutFile file{memory};
-
-  ImageBytes finished() {
-    file.finish(kStamp);
-    const auto end = memory.begin() + static_cast<std::ptrdiff_t>(file.size());
-    EXPECT_TRUE(std::all_of(end, memory.end(), [](std::uint8_t byte) { return byte == kUnwritten; }));
-    return {memory.begin(), end};
-  }
-};
+ImageBytes finished(LutFile& file) {
+  ImageBytes bytes(file.size());
+  file.finish(kStamp, bytes);
+  return bytes;
+}
 
 TEST(LutFile, WithoutADirectoryRecordHasTheSizeOfTheDirectory) {
-  EXPECT_EQ(LutFile({}).size(), 4096U);
+  const LutFile file;
+  EXPECT_EQ(file.size(), 4096U);
 }
 
 TEST(LutFile, SizeIsDirectoryHeaderAndData) {
-  LutFile file{{}};
+  LutFile file;
   add_directory_record(file, 1);
   EXPECT_EQ(file.size(), 4096U + 48);
   const Sections sections(4, 16);
@@ -87,14 +79,13 @@ TEST(LutFile, SizeIsDirectoryHeaderAndData) {
 }
 
 TEST(LutFile, FinishedFileHoldsBothSections) {
-  FileInMemory in_memory;
-  LutFile& file = in_memory.file;
+  LutFile file;
   add_directory_record(file, 0x11);
   add_directory_record(file, 0x22);
   const Sections sections(4, 3);
   EXPECT_TRUE(file.add_data(header_of(1, 4, 3), sections.span()));
   EXPECT_TRUE(file.add_data(header_of(2, 2, 2), sections.span().first(2)));
-  const ImageBytes bytes = in_memory.finished();
+  const ImageBytes bytes = finished(file);
   expect_flash_section(bytes, flash::kDirectory, 2);
   EXPECT_EQ(record_at(bytes, flash::kDirectory, 1), ImageBytes(280, 0x22));
   expect_lut_data_section(bytes, 52 + 48 + 52 + 16);
@@ -110,20 +101,40 @@ TEST(LutFile, FinishedFileHoldsBothSections) {
 }
 
 TEST(LutFile, WordsThatAreNotHeldAreZeroAndWordsBeyondTheLengthStayOut) {
-  FileInMemory in_memory;
-  LutFile& file = in_memory.file;
+  LutFile file;
   add_directory_record(file, 1);
   const Sections sections(2, 3);
   EXPECT_TRUE(file.add_data(header_of(1, 2, 5), sections.span()));
   EXPECT_TRUE(file.add_data(header_of(2, 2, 1), sections.span()));
-  const ImageBytes bytes = in_memory.finished();
+  const ImageBytes bytes = finished(file);
   expect_words(lut_data_record(bytes, 0, 92),
                {{52, 0x100}, {56, 0x101}, {60, 0x102}, {64, 0}, {68, 0}, {72, 0x200}, {80, 0x202}, {84, 0}, {88, 0}});
   expect_words(lut_data_record(bytes, 92, 60), {{52, 0x100}, {56, 0x200}});
 }
 
+// The sections of the first grid are gone when the file is finished, those of the second are not.
+TEST(LutFile, KeptWordsOutliveTheirSections) {
+  LutFile file;
+  add_directory_record(file, 1);
+  file.keep_words();  // of nothing yet
+  {
+    const Sections sections(4, 3);
+    EXPECT_TRUE(file.add_data(header_of(1, 4, 2), sections.span()));
+    file.keep_words();
+    file.keep_words();
+  }
+  const Sections sections(2, 2);
+  EXPECT_TRUE(file.add_data(header_of(2, 2, 3), sections.span()));
+  const ImageBytes bytes = finished(file);
+  const ImageBytes first = lut_data_record(bytes, 0, 52 + 32);
+  for (std::uint32_t i = 0; i < 8; ++i)
+    EXPECT_EQ(word_at(first, 52 + 4 * i), ((i / 2 + 1) << 8) + i % 2) << i;
+  expect_words(lut_data_record(bytes, 52 + 32, 52 + 24),
+               {{52, 0x100}, {56, 0x101}, {60, 0}, {64, 0x200}, {68, 0x201}, {72, 0}});
+}
+
 TEST(LutFile, DataWithoutSectionsAreAHeaderAlone) {
-  LutFile file{{}};
+  LutFile file;
   add_directory_record(file, 1);
   EXPECT_TRUE(file.add_data(header_of(7, 0, 16), {}));
   EXPECT_EQ(file.size(), 4096U + 48 + 52);
@@ -131,7 +142,7 @@ TEST(LutFile, DataWithoutSectionsAreAHeaderAlone) {
 }
 
 TEST(LutFile, HasSixPlacesAndAnUnusedOneMatchesADigestOfZeros) {
-  LutFile file{{}};
+  LutFile file;
   EXPECT_TRUE(file.has_data(Md5Digest{}));
   for (std::uint8_t i = 1; i <= 6; ++i) {
     EXPECT_FALSE(file.has_data(header_of(i, 0, 0).md5));
@@ -149,30 +160,16 @@ TEST(LutFile, HasSixPlacesAndAnUnusedOneMatchesADigestOfZeros) {
 TEST(LutFile, DataFillTheirRoomAndNoMore) {
   constexpr std::uint32_t kRoom = 692224;  // up to the factory-align section in the flash
   const Sections sections(4, 1);
-  LutFile fits{{}};
+  LutFile fits;
   add_directory_record(fits, 1);
   EXPECT_TRUE(fits.add_data(header_of(1, 1, (kRoom - 48 - 52) / 4), sections.span().first(1)));
   EXPECT_EQ(fits.size(), 4096U + kRoom);
-  LutFile full{{}};
+  LutFile full;
   add_directory_record(full, 1);
   EXPECT_FALSE(full.add_data(header_of(1, 1, (kRoom - 48 - 52) / 4 + 1), sections.span().first(1)));
   EXPECT_EQ(full.size(), 4096U + 48);
   EXPECT_FALSE(full.add_data(header_of(1, 4, 0xFFFFFFFF), sections.span()));
   EXPECT_TRUE(full.add_data(header_of(1, 4, 16), sections.span()));
-}
-
-TEST(LutFile, MemoryThatDoesNotHoldTheFileIsNotWritten) {
-  const Sections sections(2, 4);
-  ImageBytes memory(4096 + 48 + 52 + 2 * 16, kUnwritten);
-  LutFile exact{memory};
-  EXPECT_TRUE(exact.add_data(header_of(1, 2, 4), sections.span()));
-  EXPECT_EQ(memory.back(), 0);  // the highest byte of 0x203
-  std::ranges::fill(memory, kUnwritten);
-  LutFile file{std::span{memory}.first(memory.size() - 1)};
-  EXPECT_TRUE(file.add_data(header_of(1, 2, 4), sections.span()));
-  EXPECT_EQ(memory, ImageBytes(memory.size(), kUnwritten));
-  add_directory_record(file, 1);
-  EXPECT_EQ(file.size(), memory.size());  // counted all the same
 }
 
 }  // namespace

@@ -117,6 +117,10 @@ TEST(IsReadable, TextsAreNoNamesAndLongPathsAre) {
   EXPECT_EQ(is_readable((path + name).c_str()), takes_long_paths);
 #ifndef _WIN32
   EXPECT_TRUE(takes_long_paths);
+  const std::string odd_name = path + name + "\n";
+  ASSERT_EQ(std::rename(file.path(), odd_name.c_str()), 0);
+  EXPECT_TRUE(is_readable(odd_name.c_str()));
+  ASSERT_EQ(std::rename(odd_name.c_str(), file.path()), 0);
 #endif
   EXPECT_FALSE(is_readable((std::string(300, 'x') + "\n").c_str()));
   EXPECT_FALSE(is_readable(("[a]\n" + std::string(251, 'x')).c_str()));

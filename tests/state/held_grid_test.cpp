@@ -85,6 +85,29 @@ TEST(HeldGrid, CopiesThatDoNotFitInMemoryLeaveWhatIsHeld) {
   grid.release();
 }
 
+TEST(HeldGrid, CopiesOfKeptArraysEndTheirOwner) {
+  int ends = 0;
+  HeldGrid grid;
+  keep(grid, ends);
+  EXPECT_TRUE(grid.kept());
+  ASSERT_TRUE(grid.assign(grid.dx(), grid.dy(), 2));
+  EXPECT_FALSE(grid.kept());
+  EXPECT_EQ(ends, 1);
+  EXPECT_EQ(grid.dx()[1], 2);
+  EXPECT_EQ(grid.dy()[0], 3);
+  grid.release();
+}
+
+// Arrays that nobody owns are not deleted.
+TEST(HeldGrid, KeepsArraysWithoutAnOwnerToo) {
+  HeldGrid grid;
+  const double samples[1] = {1};
+  grid.keep(samples, samples, grid_owner(std::unique_ptr<Counted>()));
+  EXPECT_TRUE(grid.kept());
+  grid.release();
+  EXPECT_FALSE(grid.kept());
+}
+
 TEST(HeldGrid, OwnerGoesWithItsArrays) {
   int ends = 0;
   HeldGrid grid;

@@ -86,7 +86,7 @@ TEST_F(ToolCheck, CleanConfigurationPasses) {
 
 TEST_F(ToolCheck, ErrorsFailAndAreCounted) {
   const std::string path = testing::TempDir() + "tool_test_check.ini";
-  std::ofstream(path) << "[mode]\nversion = 1\nlaser_type = -1\n[odd]\na = b\n";
+  std::ofstream(path) << "[mode]\nversion = 1\nlaser_type = -1\n[odd]\nlong = a\na = b\n";
   const Outcome text = run({"check", path});
   EXPECT_EQ(text.code, 1);
   EXPECT_THAT(text.out,
