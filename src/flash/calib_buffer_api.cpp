@@ -149,9 +149,10 @@ int32_t hand_over(vq3900::ImageBuild& image, LutBuffer& luts, FactoryAlign& fact
   const vq3900::HeaderStamp stamp = vq3900::header_stamp(timestamp >= 1 ? timestamp : now);
   const std::size_t lut_size = image.lut_size();
   if (!luts.holds(lut_size)) return too_small(luts.buffer(), lut_size, kLutBuffer, log);
+  const std::span<uint8_t> lut_room = luts.room(lut_size);
   const std::vector<uint8_t> main_image = image.finish_main(stamp);
   main.take(main_image);
-  image.finish_luts(stamp, luts.room(lut_size));
+  image.finish_luts(stamp, lut_room);
   factory.finish(vq3900::header_stamp(now));  // whatever the timestamp
   return VQ3900_OK;
 }

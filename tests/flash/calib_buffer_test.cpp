@@ -246,6 +246,35 @@ TEST_F(CalibBuffer, BuffersAreFilledBehindTheImages) {
   expect_filler(part(large.factory, kFactorySize, 200));
 }
 
+// All buffers in one piece of memory, each said to reach to its end: what is filled never lies over what was built.
+TEST_F(CalibBuffer, BuffersMayReachIntoOneAnother) {
+  const BufferBuild apart = built(lut_settings(), {20480, kLutSize, kFactorySize});
+  CalibInput input;
+  input.add(record_of(parallel_rig()), plain_text(lut_settings()));
+  ImageBytes block(20480 + kLutSize + kFactorySize + 100);
+  std::uint8_t* const lut = block.data();
+  std::uint8_t* const main = lut + kLutSize;  // aligned: the size of the LUT file is a multiple of 4
+  std::uint8_t* const factory = main + 20480;
+  const auto from = [&](const std::uint8_t* start) { return block.data() + block.size() - start; };
+  DeLogCallback log = [](const char*) {};
+  std::int32_t code = -1;
+  printed_by([&] {
+    code = gen_calib_flash_param_de(&input.record(),
+                                    reinterpret_cast<std::uint32_t*>(main),
+                                    &log,
+                                    from(main),
+                                    lut,
+                                    static_cast<int>(from(lut)),
+                                    kTimestamp,
+                                    factory,
+                                    static_cast<int>(from(factory)));
+  });
+  EXPECT_EQ(code, 0);
+  expect_same_bytes(part(block, 0, kLutSize), apart.lut);
+  expect_same_bytes(part(block, kLutSize, 20480), apart.main);
+  expect_flash_section(part(block, kLutSize + 20480, kFactorySize), flash::kFactoryRecords, 1);
+}
+
 TEST_F(CalibBuffer, LutBufferIsLeftAloneWhenNoConfigurationWantsALut) {
   for (const char* const type : {"0", "3", "200"}) {
     const BufferBuild build = built({{"distort_type", type}}, {20480, 5000});
