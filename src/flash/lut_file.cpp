@@ -1,6 +1,7 @@
 #include "flash/lut_file.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace vq3900 {
 
@@ -46,6 +47,7 @@ bool LutFile::add_data(const LutDataHeader& header, std::span<const HeldSection>
   if (needed > kLutDataRoom) return false;
 
   data_size_ = static_cast<std::size_t>(needed);
+  static_assert(std::is_nothrow_move_constructible_v<Grid>);  // kept words stay in place when the list grows
   Grid& grid = grids_.emplace_back(Grid{header, {}, sections.size(), {}});
   for (std::size_t i = 0; i < sections.size(); ++i) {
     const std::span<const std::uint32_t> words = sections[i].words();

@@ -109,6 +109,27 @@ TEST_F(CalibBufferSections, EqualGridsAreStoredOnceAndDirectoryRecordsForEachRec
                {{8, 4 * 44 * 32 * 4 + 40}, {28, 44}, {32, 32}, {48, 44 * 32}});
 }
 
+// Each grid is in the image what it is in one of its own, also after later conversions.
+TEST_F(CalibBufferSections, EachConfigurationsGridIsItsOwn) {
+  CalibInput all;
+  ImageBytes alone;
+  for (const char* const chop : {"0", "64", "128"}) {  // of widths that differ, so that no grid is shared
+    const std::string text = plain_text(with(lut_settings(), "src_img_right_chop", chop));
+    all.add(record_of(sample_rig()), text);
+    CalibInput one;
+    one.add(record_of(sample_rig()), text);
+    const BufferBuild build = built_in_memory(one, {20480, 100000});
+    ASSERT_EQ(build.outcome.code, 0);
+    const std::size_t size = word_at(lut_data_record(build.lut, 0, 52), 8) + 12;
+    const ImageBytes record = lut_data_record(build.lut, 0, size);
+    EXPECT_FALSE(is_all(part(record, 52, size - 52), 0));
+    alone.insert(alone.end(), record.begin(), record.end());
+  }
+  const BufferBuild together = built_in_memory(all, {20480, 200000});
+  ASSERT_EQ(together.outcome.code, 0);
+  expect_same_bytes(lut_data_record(together.lut, 0, alone.size()), alone);
+}
+
 // --- the factory-align section
 
 TEST_F(CalibBufferSections, FactorySectionHoldsTheCalibrationRecordsCameras) {
